@@ -1,0 +1,45 @@
+#pragma once
+// The platform's file calls: opening with an advisory lock taken at open time,
+// timed lock waits, file flags, details and deletion. Nothing above base/ calls
+// open, flock or unlink directly.
+#include <cstdint>
+
+enum class LFileLock { None, Shared, Exclusive };
+
+enum LFileOpenFlag : unsigned {
+  kLFileRead = 1u << 0,
+  kLFileWrite = 1u << 1,  // read-write
+  kLFileCreate = 1u << 2,
+  kLFileTruncate = 1u << 3,
+  kLFileNonBlock = 1u << 4,
+};
+
+// Readers of shared files wait this long for a lock before they give up.
+constexpr int kLLockWaitMs = 3000;
+
+// Opens a file close-on-exec. With a lock, the lock is held when this returns;
+// the wait for it lasts at most waitMs (0: one try). Answers the descriptor, or
+// -1 with errno set (EWOULDBLOCK when the lock was not had in time).
+[[nodiscard]] int LFileOpen(const char* path, unsigned flags, LFileLock lock = LFileLock::None,
+                            int waitMs = kLLockWaitMs, int mode = 0666);
+
+// Takes (or changes to) a lock on an open descriptor, waiting at most waitMs.
+[[nodiscard]] bool LFileLockWait(int fd, LFileLock lock, int waitMs);
+void LFileUnlock(int fd);
+
+struct LFileDetails {
+  std::uint64_t size = 0;
+  long modTime = 0;          // seconds since the epoch
+  std::uint32_t attributes = 0;  // permission bits and file type
+};
+[[nodiscard]] bool LFileDetailsGet(const char* path, LFileDetails* out);
+[[nodiscard]] bool LFileExists(const char* path);
+
+// Clears what would keep a file from being deleted (write protection and, where
+// the file system allows, the immutable and append-only flags).
+bool LFileClearFlags(const char* path);
+// Clears the flags and removes the file; true when it is gone afterwards.
+bool LFileDelete(const char* path);
+
+// Sleeps, resuming after signals, for the whole time.
+void LSleepMs(int ms);

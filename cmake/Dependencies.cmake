@@ -1,0 +1,27 @@
+# Outside libraries, found with pkg-config. Optional ones leave their formats answering "codec missing".
+set(SONVALE_FORMAT_LIBS "")
+set(SONVALE_EFFECT_LIBS "")
+set(SONVALE_CLI_LIBS "")
+
+pkg_check_modules(GSM IMPORTED_TARGET gsm)
+if(GSM_FOUND)
+  list(APPEND SONVALE_FORMAT_LIBS PkgConfig::GSM)
+  add_compile_definitions(SONVALE_HAVE_GSM=1)
+else()
+  # Debian's libgsm1-dev ships no .pc file.
+  find_path(GSM_INCLUDE gsm.h PATH_SUFFIXES gsm)
+  find_library(GSM_LIBRARY gsm)
+  if(GSM_INCLUDE AND GSM_LIBRARY)
+    add_library(sonvale_gsm INTERFACE)
+    target_include_directories(sonvale_gsm INTERFACE ${GSM_INCLUDE})
+    target_link_libraries(sonvale_gsm INTERFACE ${GSM_LIBRARY})
+    list(APPEND SONVALE_FORMAT_LIBS sonvale_gsm)
+    add_compile_definitions(SONVALE_HAVE_GSM=1)
+  endif()
+endif()
+
+pkg_check_modules(FFTW3F IMPORTED_TARGET fftw3f)
+if(FFTW3F_FOUND)
+  list(APPEND SONVALE_EFFECT_LIBS PkgConfig::FFTW3F)
+  add_compile_definitions(SONVALE_HAVE_FFTW=1)
+endif()
