@@ -19,9 +19,10 @@ void LSoundSink::Release() {
 
 LSoundSink& LSoundSink::operator=(const LSoundSink& other) {
   if (!other.object_) return *this;
-  ++other.object_->refCount_;
+  auto* incoming = other.object_;
+  ++incoming->refCount_;  // first, so that self-assignment keeps the object
   Release();
-  object_ = other.object_;
+  object_ = incoming;
   return *this;
 }
 

@@ -32,9 +32,10 @@ void LSoundSource::Release() {
 
 LSoundSource& LSoundSource::operator=(const LSoundSource& other) {
   if (!other.object_) return *this;
-  ++other.object_->refCount_;  // first, so that self-assignment keeps the object
+  auto* incoming = other.object_;
+  ++incoming->refCount_;  // first, so that self-assignment keeps the object
   Release();
-  object_ = other.object_;
+  object_ = incoming;
   return *this;
 }
 

@@ -1,0 +1,152 @@
+#include "engine/sample_format.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace {
+
+template <class Tag>
+std::vector<unsigned char> Out(const std::vector<float>& in) {
+  std::vector<unsigned char> bytes(in.size() * Tag::kBytes);
+  ConvertSamplesOut<Tag>(bytes.data(), in.data(), static_cast<long long>(in.size()));
+  return bytes;
+}
+
+template <class Tag>
+std::vector<float> In(const std::vector<unsigned char>& bytes) {
+  std::vector<float> out(bytes.size() / Tag::kBytes);
+  ConvertSamplesIn<Tag>(out.data(), bytes.data(), static_cast<long long>(out.size()));
+  return out;
+}
+
+std::int16_t I16(const std::vector<unsigned char>& b, size_t i) {
+  return static_cast<std::int16_t>(b[2 * i] | (b[2 * i + 1] << 8));
+}
+
+}  // namespace
+
+TEST(SampleFormat, Sixteen_BitWritingRoundsHalfAwayAndClampsOnlyAtTheTop) {
+  auto b = Out<LSF16>({1.0f, -1.0f, 0.49f / 32767.0f, 2.0f, -2.0f, 0.5f / 32767.0f, -0.5f / 32767.0f});
+  EXPECT_EQ(I16(b, 0), 32767);
+  EXPECT_EQ(I16(b, 1), -32767);
+  EXPECT_EQ(I16(b, 2), 0);
+  EXPECT_EQ(I16(b, 3), 32767);
+  EXPECT_EQ(I16(b, 4), -32768);
+  EXPECT_EQ(I16(b, 5), 1);
+  EXPECT_EQ(I16(b, 6), -1);
+  auto f = In<LSF16>({0x00, 0x80});
+  EXPECT_EQ(f[0], -32768.0f / 32767.0f);
+}
+
+TEST(SampleFormat, UnsignedEightBitTruncatesAfterTheOffsetWhileSignedRounds) {
+  auto u = Out<LSFU8>({0.0f, 1.0f, -1.0f, 0.004f});
+  EXPECT_EQ(u[0], 128);
+  EXPECT_EQ(u[1], 255);
+  EXPECT_EQ(u[2], 1);
+  EXPECT_EQ(u[3], 128);  // 128.508 truncates
+  auto s = Out<LSFS8>({0.004f, -0.004f, 1.0f});
+  EXPECT_EQ(static_cast<std::int8_t>(s[0]), 1);
+  EXPECT_EQ(static_cast<std::int8_t>(s[1]), -1);
+  EXPECT_EQ(static_cast<std::int8_t>(s[2]), 127);
+  auto be8 = Out<LSFBE8>({0.004f});
+  EXPECT_EQ(be8[0], 0);
+  EXPECT_EQ(In<LSFU8>({128})[0], 0.0f);
+  EXPECT_EQ(In<LSFU8>({255})[0], 1.0f);
+}
+
+TEST(SampleFormat, WideIntegersWrapBeyondFullScale) {
+  auto b = Out<LSF32>({1.5f, 1.0f});
+  std::int32_t v;
+  std::memcpy(&v, b.data(), 4);
+  EXPECT_EQ(v, -1073741825);
+  std::memcpy(&v, b.data() + 4, 4);
+  EXPECT_EQ(v, 2147483647);
+  auto t = Out<LSFLE24>({1.0f, -1.0f, 0.0f});
+  EXPECT_EQ(t[0], 0xFF);
+  EXPECT_EQ(t[1], 0xFF);
+  EXPECT_EQ(t[2], 0x7F);
+  EXPECT_EQ(t[3], 0x00);
+  EXPECT_EQ(t[4], 0x00);
+  EXPECT_EQ(t[5], 0x80);
+  auto back = In<LSFLE24>(t);
+  EXPECT_NEAR(back[0], 1.0f, 1e-6);
+  EXPECT_NEAR(back[1], -1.0f, 1e-6);
+}
+
+TEST(SampleFormat, ByteSwappedFormatsMirrorTheirLittleEndianTwins) {
+  std::vector<float> ramp;
+  for (int i = 0; i < 37; ++i) ramp.push_back(-1.0f + i * 0.054f);
+  auto le16 = Out<LSF16>(ramp), be16 = Out<LSFBE16>(ramp);
+  auto le24 = Out<LSFLE24>(ramp), be24 = Out<LSFBE24>(ramp);
+  auto le32 = Out<LSF32>(ramp), be32 = Out<LSFBE32>(ramp);
+  auto f32 = Out<LSFF32>(ramp), fre32 = Out<LSFFRE32>(ramp);
+  auto f64 = Out<LSFF64>(ramp), fre64 = Out<LSFFRE64>(ramp);
+  for (size_t i = 0; i < ramp.size(); ++i) {
+    for (int k = 0; k < 2; ++k) EXPECT_EQ(le16[2 * i + k], be16[2 * i + 1 - k]);
+    for (int k = 0; k < 3; ++k) EXPECT_EQ(le24[3 * i + k], be24[3 * i + 2 - k]);
+    for (int k = 0; k < 4; ++k) EXPECT_EQ(le32[4 * i + k], be32[4 * i + 3 - k]);
+    for (int k = 0; k < 4; ++k) EXPECT_EQ(f32[4 * i + k], fre32[4 * i + 3 - k]);
+    for (int k = 0; k < 8; ++k) EXPECT_EQ(f64[8 * i + k], fre64[8 * i + 7 - k]);
+  }
+  EXPECT_EQ(In<LSFBE16>(be16), In<LSF16>(le16));
+  EXPECT_EQ(In<LSFBE24>(be24), In<LSFLE24>(le24));
+  EXPECT_EQ(In<LSFBE32>(be32), In<LSF32>(le32));
+  EXPECT_EQ(In<LSFFRE32>(fre32), ramp);
+  EXPECT_EQ(In<LSFFRE64>(fre64), ramp);
+}
+
+TEST(SampleFormat, G711FollowsTheItuTablesInTheWorkingScale) {
+  // Every code expands and compresses back to itself (the negative zero of mu-law aside).
+  std::vector<unsigned char> codes(256);
+  for (int i = 0; i < 256; ++i) codes[i] = static_cast<unsigned char>(i);
+  auto a = In<LSFALAW>(codes);
+  auto u = In<LSFULAW>(codes);
+  auto a2 = Out<LSFALAW>(a);
+  auto u2 = Out<LSFULAW>(u);
+  for (int i = 0; i < 256; ++i) {
+    EXPECT_EQ(a2[i], i) << i;
+    if (i != 0x7F) {
+      EXPECT_EQ(u2[i], i) << i;
+    }
+  }
+  // Published values: A-law 0xD5 is +8, 0x2A is -32256; mu-law 0xFF is 0, 0x00 is -32124 (16-bit linear).
+  EXPECT_FLOAT_EQ(a[0xD5], 8 * 16 / 516096.0f);
+  EXPECT_FLOAT_EQ(a[0x2A], -32256 * 16 / 516096.0f);
+  EXPECT_EQ(u[0xFF], 0.0f);
+  EXPECT_FLOAT_EQ(u[0x00], -32124 * 16 / 516096.0f);
+  // Silence, full scale and values that must not reach an integer cast unchecked.
+  auto s = Out<LSFALAW>({0.0f, 1.0f, -1.0f, std::nanf(""), 1e30f, -1e30f});
+  EXPECT_EQ(s[0], 0xD5);
+  EXPECT_EQ(s[1], 0xAA);
+  EXPECT_EQ(s[2], 0x2A);
+  EXPECT_EQ(s[3], 0xD5);
+  EXPECT_EQ(s[4], 0xAA);
+  auto m = Out<LSFULAW>({0.0f, 1.0f, -1.0f, std::nanf("")});
+  EXPECT_EQ(m[0], 0xFF);
+  EXPECT_EQ(m[1], 0x80);
+  EXPECT_EQ(m[2], 0x00);
+  EXPECT_EQ(m[3], 0xFF);
+}
+
+TEST(SampleFormat, ResultsDoNotDependOnTheGrouping) {
+  std::vector<float> x;
+  for (int i = 0; i < 1001; ++i) x.push_back(static_cast<float>((i * 7919 % 2001) - 1000) / 700.0f);
+  auto whole = Out<LSF16>(x);
+  std::vector<unsigned char> pieces(whole.size());
+  for (size_t at = 0; at < x.size();) {
+    size_t n = std::min<size_t>(at % 11 + 1, x.size() - at);
+    ConvertSamplesOut<LSF16>(pieces.data() + at * 2, x.data() + at, static_cast<long long>(n));
+    at += n;
+  }
+  EXPECT_EQ(whole, pieces);
+  auto wholeIn = In<LSFLE24>(Out<LSFLE24>(x));
+  auto bytes = Out<LSFLE24>(x);
+  std::vector<float> piecesIn(x.size());
+  for (size_t at = 0; at < x.size(); at += 3) {
+    size_t n = std::min<size_t>(3, x.size() - at);
+    ConvertSamplesIn<LSFLE24>(piecesIn.data() + at, bytes.data() + at * 3, static_cast<long long>(n));
+  }
+  EXPECT_EQ(wholeIn, piecesIn);
+}
