@@ -20,8 +20,40 @@ else()
   endif()
 endif()
 
-pkg_check_modules(FFTW3F IMPORTED_TARGET fftw3f)
-if(FFTW3F_FOUND)
-  list(APPEND SONVALE_EFFECT_LIBS PkgConfig::FFTW3F)
-  add_compile_definitions(SONVALE_HAVE_FFTW=1)
+# The band equaliser cannot work without an FFT.
+pkg_check_modules(FFTW3F REQUIRED IMPORTED_TARGET fftw3f)
+list(APPEND SONVALE_EFFECT_LIBS PkgConfig::FFTW3F)
+add_compile_definitions(SONVALE_HAVE_FFTW=1)
+
+# Rate conversion sits in the engine.
+set(SONVALE_ENGINE_LIBS "")
+pkg_check_modules(SOXR IMPORTED_TARGET soxr)
+if(SOXR_FOUND)
+  list(APPEND SONVALE_ENGINE_LIBS PkgConfig::SOXR)
+  add_compile_definitions(SONVALE_HAVE_SOXR=1)
+endif()
+
+# Decoding and encoding of the formats we do not read ourselves.
+pkg_check_modules(FFMPEG IMPORTED_TARGET libavformat libavcodec libavutil libswresample)
+if(FFMPEG_FOUND)
+  list(APPEND SONVALE_FORMAT_LIBS PkgConfig::FFMPEG)
+  add_compile_definitions(SONVALE_HAVE_FFMPEG=1)
+endif()
+
+# Debian's LAME ships no .pc file.
+find_path(LAME_INCLUDE lame/lame.h)
+find_library(LAME_LIBRARY mp3lame)
+if(LAME_INCLUDE AND LAME_LIBRARY)
+  add_library(sonvale_lame INTERFACE)
+  target_include_directories(sonvale_lame INTERFACE ${LAME_INCLUDE})
+  target_link_libraries(sonvale_lame INTERFACE ${LAME_LIBRARY})
+  list(APPEND SONVALE_FORMAT_LIBS sonvale_lame)
+  add_compile_definitions(SONVALE_HAVE_LAME=1)
+endif()
+
+# Line editing for the interactive shell.
+pkg_check_modules(LIBEDIT IMPORTED_TARGET libedit)
+if(LIBEDIT_FOUND)
+  list(APPEND SONVALE_CLI_LIBS PkgConfig::LIBEDIT)
+  add_compile_definitions(SONVALE_HAVE_LIBEDIT=1)
 endif()

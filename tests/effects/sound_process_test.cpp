@@ -1,0 +1,51 @@
+#include "effects/sound_process.h"
+
+#include <gtest/gtest.h>
+
+#include "effect_test_sdf.h"
+
+namespace {
+
+class BareEffect final : public LSoundProcess {
+public:
+  LSoundSource OpenSource(LSoundSource& input) override { return input; }
+};
+
+}  // namespace
+
+TEST(SoundProcess, TheBaseAnswersItsDefaultsInEverySlot) {
+  BareEffect e;
+  char name[kLPathMax];
+  EXPECT_EQ(e.GetName(name), name);
+  EXPECT_STREQ(name, "Unbenannter Effekt");
+  EXPECT_EQ(e.GetSoundProcessType(), 0);
+  EXPECT_EQ(e.GetNewCopy(), nullptr);
+  EXPECT_TRUE(e.IsValid());
+  EXPECT_EQ(e.GetNumParameters(), 0);
+  LSoundProcessParameter p;
+  e.GetParameterByIndex(0, &p);
+  EXPECT_FALSE(p.bOwned);
+  EXPECT_EQ(e.GetEditorType(), 1);
+  EXPECT_FALSE(e.IsExternalGUI());
+  EXPECT_EQ(e.GetNumPresets(), 0);
+  EXPECT_EQ(e.GetIndexInPreset(), -1);
+  EXPECT_FALSE(e.bDisabled);
+  EXPECT_EQ(e.pNext, nullptr);
+}
+
+TEST(SoundProcess, TheBaseSavesOnlyTheDisabledFlagAndLoadsItPastOtherChunks) {
+  BareEffect e;
+  e.bDisabled = true;
+  std::vector<unsigned char> bytes = MakeChainFile([&](LSDFWriter& w) {
+    w.StartContainer(kLSPChunkBase);
+    w.WriteInt(0x2005, 77);
+    e.SaveToSDF(w);
+    w.WriteString(0x2006, "danach");
+    w.EndContainer(kLSPChunkBase);
+  });
+  // Header 12, root 12, base container 12, int 16, bool 13, string 19, trailer 4.
+  EXPECT_EQ(bytes.size(), 12u + 12 + 12 + 16 + 13 + 19 + 4);
+  BareEffect loaded;
+  LoadEffect(loaded, bytes);
+  EXPECT_TRUE(loaded.bDisabled);
+}
