@@ -1,0 +1,81 @@
+#include "sound_cache_fixture.h"
+
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <sys/stat.h>
+
+#include "base/disk_space.h"
+#include "base/user_settings.h"
+#include "engine/sound_cache_item.h"
+
+void SoundCacheTest::SetUp() {
+  ASSERT_FALSE(temp_.Path().empty());
+  cacheFolder_ = temp_.File("cache");
+  LUserSettings::Instance().FolderSet(temp_.File("settings"));
+  LSoundCache::Instance().FolderSet(cacheFolder_.c_str());
+  descriptors_ = OpenDescriptorCount();
+}
+
+void SoundCacheTest::TearDown() {
+  EXPECT_EQ(LSoundCache::Instance().CountedItemCount(), 0) << "an item is still counted";
+  EXPECT_EQ(OpenDescriptorCount(), descriptors_) << "a descriptor was left open";
+  LSoundCacheClockOverride(nullptr);
+  LDiskFreeBytesOverride(nullptr);
+  LSoundCache::Instance().FolderSet("");
+  LUserSettings::Instance().FolderSet("");
+}
+
+LSoundCacheItemHandle SoundCacheTest::AddItem(LSoundSource source, long long* length) {
+  LProcessInterfaceQuiet process;
+  LSoundCacheItemHandle item;
+  long long frames = -1;
+  LProcessResult result = LSoundCacheItemAdd(process, std::move(source), item, frames);
+  EXPECT_EQ(result, kLProcessSuccess) << process.Error();
+  if (length) *length = frames;
+  return item;
+}
+
+VectorSource::VectorSource(std::vector<float> samples, int channels, std::uint32_t rate)
+    : LSoundSourceBase(rate, static_cast<std::uint8_t>(channels)),
+      samples_(std::move(samples)),
+      end_(channels > 0 ? static_cast<long long>(samples_.size()) / channels : 0) {}
+
+void VectorSource::Read(float* buffer, long long frames) {
+  const int channels = GetChannels();
+  for (long long i = 0; i < frames; ++i, ++position_) {
+    for (int c = 0; c < channels; ++c) {
+      bool inside = position_ >= 0 && position_ < end_;
+      buffer[i * channels + c] = inside ? samples_[static_cast<std::size_t>(position_ * channels + c)] : 0.0f;
+    }
+  }
+}
+
+float StaircaseValue(long long frame, int channel) { return static_cast<float>(frame) + 0.25f * channel; }
+
+std::vector<float> Staircase(long long frames, int channels) {
+  std::vector<float> samples(static_cast<std::size_t>(frames * channels));
+  for (long long f = 0; f < frames; ++f) {
+    for (int c = 0; c < channels; ++c) samples[static_cast<std::size_t>(f * channels + c)] = StaircaseValue(f, c);
+  }
+  return samples;
+}
+
+LSoundSource MakeStaircase(long long frames, int channels, std::uint32_t rate) {
+  return LMakeSource<VectorSource>(Staircase(frames, channels), channels, rate);
+}
+
+std::vector<unsigned char> FileBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::vector<unsigned char>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+bool Exists(const std::string& path) {
+  struct stat st {};
+  return !path.empty() && ::stat(path.c_str(), &st) == 0;
+}
+
+void WriteFile(const std::string& path, const std::string& content) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out << content;
+}
