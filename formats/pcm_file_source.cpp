@@ -1,0 +1,131 @@
+#include "formats/pcm_file_source.h"
+
+#include <algorithm>
+
+#include "formats/little_endian.h"
+#include "formats/wave_format.h"
+
+namespace {
+// What a source without a usable rate falls back to.
+constexpr std::uint32_t kFallbackRate = 44100;
+}  // namespace
+
+LSRCPCMFileBase::LSRCPCMFileBase(std::unique_ptr<LByteStream> stream, std::uint32_t sampleRate, int channels,
+                                 float maxAmplitude, int bytesPerSample, std::uint32_t dataSize)
+    : LSoundSourceBase(sampleRate, static_cast<std::uint8_t>(channels)), stream_(std::move(stream)) {
+  SetMaxAmplitude(maxAmplitude);
+  if (sampleRate < 1) {
+    sampleRate = kFallbackRate;
+    SetErrorCode(kLSourceDamaged);
+  }
+  if (channels < 1 || channels > kLWaveMaxChannels) {
+    channels = 1;
+    SetErrorCode(kLSourceDamaged);
+  }
+  SetFormat(sampleRate, static_cast<std::uint8_t>(channels));
+  bytesPerFrame_ = channels * bytesPerSample;
+  if (bytesPerFrame_ <= 0) {
+    bytesPerFrame_ = 2;
+    SetErrorCode(kLSourceDamaged);
+  }
+  if (!stream_ || (dataStart_ = stream_->Tell()) < 0) {
+    SetErrorCode(kLSourceCannotOpen);
+    stream_.reset();
+    dataStart_ = 0;
+    frameCount_ = 0;
+    return;
+  }
+  frameCount_ = ScanExtents(dataSize);
+}
+
+long long LSRCPCMFileBase::ScanExtents(std::uint32_t firstDataSize) const {
+  extents_.clear();
+  extents_.push_back({dataStart_, dataStart_ + firstDataSize});
+  long long total = firstDataSize;
+  bool unknown = false;
+  long long at = dataStart_ + firstDataSize;
+  unsigned char header[kLRiffChunkHeaderBytes];
+  while (stream_->Seek(at) && stream_->ReadAll(header, sizeof header) && LGetLE32(header) == kLRiffIdData) {
+    std::uint32_t size = LGetLE32(header + 4);
+    at += kLRiffChunkHeaderBytes;
+    if (size == 0) {
+      // A chunk that its writer has not sized yet: the data go on from here.
+      unknown = true;
+      extents_.push_back({at, at});
+      break;
+    }
+    extents_.push_back({at, at + size});
+    total += size;
+    at += size;
+  }
+  streamAt_ = -1;
+  if (unknown || (firstDataSize >= kLWaveProvisionalDataSize && extents_.size() == 1)) return -1;
+  return total / bytesPerFrame_;
+}
+
+long long LSRCPCMFileBase::GetEndSample() const {
+  if (frameCount_ >= 0) return frameCount_;
+  if (!stream_) return 0;
+  // The writer puts the true size in front of the data when it closes.
+  unsigned char size[4];
+  if (dataStart_ >= 4 && stream_->Seek(dataStart_ - 4) && stream_->ReadAll(size, sizeof size)) {
+    streamAt_ = -1;
+    std::uint32_t dataSize = LGetLE32(size);
+    if (dataSize < kLWaveProvisionalDataSize) {
+      long long count = ScanExtents(dataSize);
+      if (count >= 0) return frameCount_ = count;
+    }
+  }
+  streamAt_ = -1;
+  long long fileSize = stream_->Size();
+  return fileSize > dataStart_ ? (fileSize - dataStart_) / bytesPerFrame_ : 0;
+}
+
+long long LSRCPCMFileBase::ReadFrames(unsigned char* dst, long long at, long long frames) {
+  if (!stream_) return 0;
+  const bool known = frameCount_ >= 0;
+  if (known) {
+    if (at >= frameCount_) return 0;
+    frames = std::min(frames, frameCount_ - at);
+  }
+  const long long want = frames * bytesPerFrame_;
+  long long got = 0;
+  while (got < want) {
+    // The extent holding data byte at * bytesPerFrame_ + got; while the length is
+    // unknown the last extent reaches as far as the file does.
+    long long skip = at * bytesPerFrame_ + got;
+    size_t i = 0;
+    for (; i < extents_.size(); ++i) {
+      long long length = extents_[i].end - extents_[i].begin;
+      if (skip < length || (!known && i + 1 == extents_.size())) break;
+      skip -= length;
+    }
+    if (i == extents_.size()) break;
+    const long long fileAt = extents_[i].begin + skip;
+    long long n = want - got;
+    if (known || i + 1 < extents_.size()) n = std::min(n, extents_[i].end - fileAt);
+    if (n <= 0) break;
+    if (streamAt_ != fileAt && !stream_->Seek(fileAt)) {
+      streamAt_ = -1;
+      break;
+    }
+    long long r = stream_->Read(dst + got, n);
+    if (r <= 0) {
+      streamAt_ = -1;
+      break;
+    }
+    got += r;
+    streamAt_ = fileAt + r;
+    if (r < n) break;
+  }
+  return got / bytesPerFrame_;
+}
+
+void LSRCPCMFileBase::ReadConverted(float* out, long long frames, unsigned char* buffer, ConvertIn convert) {
+  const int channels = GetChannels();
+  LReadInSteps(out, frames, channels, position_, [&](float* to, long long at, long long n) {
+    long long got = ReadFrames(buffer, at, n);
+    convert(to, buffer, got * channels);
+    return got;
+  });
+}

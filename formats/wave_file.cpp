@@ -1,0 +1,221 @@
+#include "formats/wave_file.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "base/file_stream.h"
+#include "base/platform_file.h"
+#include "formats/gsm_wave.h"
+#include "formats/ima_adpcm.h"
+#include "formats/little_endian.h"
+#include "formats/pcm_file_sink.h"
+#include "formats/pcm_file_source.h"
+#include "formats/raw_data_sink.h"
+#include "formats/raw_data_source.h"
+#include "formats/wave_header.h"
+
+namespace {
+
+constexpr float kIntegerMaxAmplitude = 32767.0f / 32768.0f;
+constexpr float kFloatMaxAmplitude = 16.0f;
+constexpr float kG711MaxAmplitude = 1.0f;
+constexpr int kRiffHeaderBytes = 12;
+constexpr int kG711HeaderBytes = 58;
+constexpr std::uint32_t kMaxSize32 = 0xFFFFFFFFu;
+// Dither is not worth its noise at telephone rates and below.
+constexpr int kDitherAboveRate = 8000;
+
+struct ChunkHeader {
+  std::uint32_t id = 0;
+  std::uint32_t size = 0;
+};
+
+bool ReadChunkHeader(LByteStream& stream, ChunkHeader& header) {
+  unsigned char bytes[kLRiffChunkHeaderBytes];
+  if (!stream.ReadAll(bytes, sizeof bytes)) return false;
+  header.id = LGetLE32(bytes);
+  header.size = LGetLE32(bytes + 4);
+  return true;
+}
+
+// Reads chunk headers, skipping bodies, up to the header of a chunk with the id.
+bool FindChunk(LByteStream& stream, std::uint32_t id, ChunkHeader& header) {
+  while (ReadChunkHeader(stream, header)) {
+    if (header.id == id) return true;
+    const std::uint64_t rounded = (static_cast<std::uint64_t>(header.size) + 1) & ~1ULL;
+    if (rounded > static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max())) return false;
+    if (!stream.SeekRelative(static_cast<long long>(rounded))) return false;
+  }
+  return false;
+}
+
+// Steps over top-level chunks of other kinds up to the RIFF/WAVE container.
+bool FindContainer(LByteStream& stream) {
+  unsigned char head[kRiffHeaderBytes];
+  for (;;) {
+    if (!stream.ReadAll(head, sizeof head)) return false;
+    if (LGetLE32(head) == kLRiffIdRiff && LGetLE32(head + 8) == kLRiffIdWave) return true;
+    // 32-bit arithmetic on purpose: a size of all ones rounds to 0 and fails.
+    const std::uint32_t rounded = (LGetLE32(head + 4) + 1u) & ~1u;
+    if (rounded < 5) return false;
+    if (!stream.SeekRelative(static_cast<long long>(rounded) - 4)) return false;
+  }
+}
+
+template <class Tag>
+LSoundSource PCM(std::unique_ptr<LByteStream> stream, std::uint32_t rate, int channels, float maxAmplitude,
+                 std::uint32_t dataSize) {
+  return LMakeSource<LSRCPCMFile<Tag>>(std::move(stream), rate, channels, maxAmplitude, dataSize);
+}
+
+template <class Tag>
+LSoundSource G711(std::unique_ptr<LByteStream> stream, std::uint32_t rate, int channels, std::uint32_t dataSize) {
+  return LMakeSource<LRawFileDataSoundSource<Tag>>(std::move(stream), rate, channels, kG711MaxAmplitude,
+                                                   static_cast<long long>(dataSize));
+}
+
+// The 58-byte header of the G.711 writer. Bytes per second (the sample rate) and
+// block align (8) do not follow the channel count; that is deliberate and kept.
+LRawFileHeader G711Header(std::uint16_t tag) {
+  return [tag](std::uint32_t sampleRate, int channels, long long frames) {
+    LWaveHeaderLayout layout;
+    layout.tag = tag;
+    layout.channels = static_cast<std::uint16_t>(channels);
+    layout.sampleRate = sampleRate;
+    layout.bytesPerSecond = sampleRate;
+    layout.blockAlign = 8;
+    layout.bitsPerSample = 8;
+    layout.fmtBytes = 18;
+    layout.fact = true;
+    const auto data =
+        static_cast<std::uint32_t>(std::min<long long>(frames * channels, kMaxSize32 - (kG711HeaderBytes - 8)));
+    LArray<unsigned char> bytes(kG711HeaderBytes);
+    LWaveHeaderMake(layout, data + (kG711HeaderBytes - 8), data,
+                    static_cast<std::uint32_t>(std::min<long long>(frames, kMaxSize32)), bytes.data());
+    return bytes;
+  };
+}
+
+}  // namespace
+
+LSoundSource LWaveFile::OpenSource(const char* path, LWaveFileFormat* format) {
+  const int fd = LFileOpen(path, kLFileRead);
+  if (fd < 0) return LSoundSource::Error(kLSourceCannotOpen);
+  return OpenSource(std::make_unique<LFileStream>(fd), format);
+}
+
+LSoundSource LWaveFile::OpenSource(std::unique_ptr<LByteStream> stream, LWaveFileFormat* format) {
+  if (!stream) return LSoundSource::Error(kLSourceCannotOpen);
+  if (!FindContainer(*stream)) return LSoundSource::Error(kLSourceDamaged);
+
+  ChunkHeader header;
+  if (!FindChunk(*stream, kLRiffIdFmt, header)) return LSoundSource::Error(kLSourceDamaged);
+  if (header.size < kLWaveFmtMinBytes || header.size > kLWaveFmtMaxBytes) return LSoundSource::Error(kLSourceDamaged);
+  unsigned char fmt[kLWaveFmtMaxBytes] = {};
+  // No pad byte is skipped after an odd-sized fmt body: such files fail to open, deliberately.
+  if (!stream->ReadAll(fmt, header.size)) return LSoundSource::Error(kLSourceDamaged);
+  std::uint16_t tag = LGetLE16(fmt);
+  const std::uint16_t channels = LGetLE16(fmt + 2);
+  const std::uint32_t rate = LGetLE32(fmt + 4);
+  const std::uint16_t blockAlign = LGetLE16(fmt + 12);
+  const std::uint16_t bits = LGetLE16(fmt + 14);
+  const std::uint16_t extra = header.size >= 18 ? LGetLE16(fmt + 16) : 0;
+  // Only the PCM sub-format is honoured; extensible float stays unsupported.
+  if (tag == kLWaveTagExtensible && extra >= kLWaveExtensibleExtraBytes &&
+      header.size >= kLWaveFmtSubFormatOffset + sizeof kLWaveSubFormatPCM &&
+      std::memcmp(fmt + kLWaveFmtSubFormatOffset, kLWaveSubFormatPCM, sizeof kLWaveSubFormatPCM) == 0) {
+    tag = kLWaveTagPCM;
+  }
+  if (format) *format = LWaveFileFormat{tag, channels, rate, bits, false};
+
+  if (!FindChunk(*stream, kLRiffIdData, header)) return LSoundSource::Error(kLSourceDamaged);
+  if (channels < 1 || channels > kLWaveMaxChannels || rate < 1 || rate > kLWaveMaxSampleRate) {
+    return LSoundSource::Error(kLSourceDamaged);
+  }
+  const std::uint32_t dataSize = header.size;
+
+  switch (tag) {
+    case kLWaveTagPCM:
+      if (bits <= 8) return PCM<LSFU8>(std::move(stream), rate, channels, kIntegerMaxAmplitude, dataSize);
+      if (bits <= 16) return PCM<LSF16>(std::move(stream), rate, channels, kIntegerMaxAmplitude, dataSize);
+      if (bits <= 24) return PCM<LSFLE24>(std::move(stream), rate, channels, kIntegerMaxAmplitude, dataSize);
+      return PCM<LSF32>(std::move(stream), rate, channels, kIntegerMaxAmplitude, dataSize);
+    case kLWaveTagIEEEFloat:
+      if (bits == 32) return PCM<LSFF32>(std::move(stream), rate, channels, kFloatMaxAmplitude, dataSize);
+      if (bits == 64) return PCM<LSFF64>(std::move(stream), rate, channels, kFloatMaxAmplitude, dataSize);
+      return LSoundSource::Error(kLSourceUnsupported);
+    case kLWaveTagALaw:
+      return G711<LSFALAW>(std::move(stream), rate, channels, dataSize);
+    case kLWaveTagMuLaw:
+      return G711<LSFULAW>(std::move(stream), rate, channels, dataSize);
+    case kLWaveTagIMAADPCM:
+      if (channels != 1) return LSoundSource::Error(kLSourceCodecMissing);
+      return LIMASoundSource::Open(std::move(stream), rate, blockAlign, dataSize);
+    case kLWaveTagGSM610:
+      return LGSMWaveOpenSource(std::move(stream), rate, dataSize);
+    case kLWaveTagMPEGLayer3:
+    case kLWaveTagTrueSpeech:
+    case kLWaveTagSharpG726:
+      return LSoundSource::Error(kLSourceCodecMissing);
+    default:
+      return LSoundSource::Error(kLSourceUnsupported);
+  }
+}
+
+LSoundSource LWaveFile::OpenSourceDeletingFileWhenClosed(const char* path) {
+  return LMakeSource<LWavSourceDeleteWhenClosed>(OpenSource(path), path);
+}
+
+LSoundSink LWaveFile::OpenSink(const char* path, const LWaveFileFormat& format) {
+  const int channels = format.channels;
+  switch (format.tag) {
+    case kLWaveTagPCM:
+      return OpenSinkPCM(path, static_cast<int>(format.sampleRate),
+                         static_cast<unsigned char>(std::min(channels, kLWaveMaxChannels)), format.bitsPerSample, 0,
+                         format.dither);
+    case kLWaveTagIEEEFloat:
+      if (format.bitsPerSample != 32) return LSoundSink::Error();
+      return LMakeSink<LSNKPCMFile<LSFF32>>(path, format.sampleRate, channels, LWaveHeaderKind::kExtraSize);
+    case kLWaveTagALaw:
+      return LMakeSink<LRawFileDataSoundSink<LSFALAW>>(path, format.sampleRate, channels, G711Header(kLWaveTagALaw));
+    case kLWaveTagMuLaw:
+      return LMakeSink<LRawFileDataSoundSink<LSFULAW>>(path, format.sampleRate, channels, G711Header(kLWaveTagMuLaw));
+    case kLWaveTagIMAADPCM:
+      // The block coders write mono only.
+      if (channels != 1) return LSoundSink::Error();
+      return LMakeSink<LIMAWaveSink>(path, format.sampleRate);
+    case kLWaveTagGSM610:
+      if (channels != 1) return LSoundSink::Error();
+      return LGSMWaveOpenSink(path, format.sampleRate);
+    default:
+      return LSoundSink::Error();
+  }
+}
+
+LSoundSink LWaveFile::OpenSinkPCM(const char* path, int sampleRate, unsigned char channels, unsigned short bits,
+                                  long long, bool dither) {
+  const auto rate = static_cast<std::uint32_t>(std::max(0, sampleRate));
+  const bool shaped = dither && sampleRate > kDitherAboveRate;
+  if (bits <= 8) return LMakeSink<LSNKPCMFile<LSFU8>>(path, rate, channels, LWaveHeaderKind::kPlain, shaped);
+  if (bits <= 16) return LMakeSink<LSNKPCMFile<LSF16>>(path, rate, channels, LWaveHeaderKind::kPlain, shaped);
+  if (bits <= 24) return LMakeSink<LSNKPCMFile<LSFLE24>>(path, rate, channels, LWaveHeaderKind::kPlain);
+  return LMakeSink<LSNKPCMFile<LSF32>>(path, rate, channels, LWaveHeaderKind::kPlain);
+}
+
+LSoundSink LWaveFile::OpenSinkFloatExport(const char* path, int sampleRate, unsigned char channels) {
+  return LMakeSink<LSNKPCMFile<LSFF32>>(path, static_cast<std::uint32_t>(std::max(0, sampleRate)), channels,
+                                        LWaveHeaderKind::kFloatFact);
+}
+
+LWavSourceDeleteWhenClosed::LWavSourceDeleteWhenClosed(LSoundSource source, const char* path)
+    : LSoundSourceBase(source.GetSampleRate(), source.GetChannels()),
+      source_(std::move(source)),
+      path_(path ? path : "") {
+  SetErrorCode(source_.GetErrorCode());
+  SetMaxAmplitude(source_.GetMaxAmplitude());
+}
+
+LWavSourceDeleteWhenClosed::~LWavSourceDeleteWhenClosed() {
+  if (!path_.empty()) LFileDelete(path_.c_str());
+}

@@ -1,0 +1,72 @@
+#include "formats/sound_dither.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "formats/wave_file.h"
+#include "support/temp_folder.h"
+#include "wave_fixtures.h"
+
+namespace {
+
+constexpr float S = 32767.0f;
+
+std::vector<std::int16_t> Dithered(LSoundDither& dither, const std::vector<float>& in, int channels = 1) {
+  std::vector<std::int16_t> out(in.size());
+  dither.ConvertSamplesOut<LSF16>(out.data(), in.data(), static_cast<long long>(in.size()) / channels, channels);
+  return out;
+}
+
+std::vector<std::int16_t> WrittenBy16BitWave(int rate, const std::vector<float>& in) {
+  TempFolder folder;
+  const std::string path = folder.File("d.wav");
+  {
+    LSoundSink sink = LWaveFile::OpenSinkPCM(path.c_str(), rate, 1, 16, 0, true);
+    sink.Write(in.data(), static_cast<long long>(in.size()));
+  }
+  const Bytes b = FileBytes(path);
+  std::vector<std::int16_t> out;
+  for (size_t i = 44; i + 1 < b.size(); i += 2) out.push_back(static_cast<std::int16_t>(GetLE16(b, i)));
+  return out;
+}
+
+const std::vector<float> kTenPointFour(5, 10.4f / S);
+
+}  // namespace
+
+TEST(SoundDither, AnInputOfZerosStaysZeroOnEveryChannel) {
+  LSoundDither dither(true);
+  EXPECT_EQ(Dithered(dither, std::vector<float>(3000, 0.0f), 3), std::vector<std::int16_t>(3000, 0));
+}
+
+TEST(SoundDither, TheRoundingErrorIsFedIntoTheNextTwoSamples) {
+  LSoundDither dither(true);
+  // Errors +0.4, -0.6, +0.4 ... shaped with 0.9 and 0.45: 10.4, 10.76, 10.04, 10.49, 10.94.
+  EXPECT_EQ(Dithered(dither, kTenPointFour), (std::vector<std::int16_t>{10, 11, 10, 10, 11}));
+  LSoundDither off(false);
+  EXPECT_EQ(Dithered(off, kTenPointFour), std::vector<std::int16_t>(5, 10));
+}
+
+TEST(SoundDither, QuietInputAfterLongSilenceStaysSilent) {
+  LSoundDither shortSilence(true);
+  EXPECT_EQ(Dithered(shortSilence, {0, 0, 0.8f / S}), (std::vector<std::int16_t>{0, 0, 1}));
+  // After five zero outputs the input is attenuated by 0.52 before the zero test.
+  LSoundDither longSilence(true);
+  EXPECT_EQ(Dithered(longSilence, {0, 0, 0, 0, 0, 0.8f / S, 0.8f / S}), std::vector<std::int16_t>(7, 0));
+  // The quiet input kept as error during the silence pushes the first sound up: 1 + 0.9 * 0.8 + 0.45 * 0.8.
+  EXPECT_EQ(Dithered(longSilence, {1.0f / S}), std::vector<std::int16_t>{2});
+}
+
+TEST(SoundDither, ChannelsKeepTheirOwnState) {
+  LSoundDither dither(true);
+  std::vector<float> stereo;
+  for (float v : kTenPointFour) stereo.insert(stereo.end(), {v, 0.0f});
+  std::vector<std::int16_t> got = Dithered(dither, stereo, 2);
+  EXPECT_EQ(got, (std::vector<std::int16_t>{10, 0, 11, 0, 10, 0, 10, 0, 11, 0}));
+}
+
+TEST(SoundDither, The16BitWaveWriterDithersAbove8000HzOnly) {
+  EXPECT_EQ(WrittenBy16BitWave(8000, kTenPointFour), std::vector<std::int16_t>(5, 10));
+  EXPECT_EQ(WrittenBy16BitWave(8001, kTenPointFour), (std::vector<std::int16_t>{10, 11, 10, 10, 11}));
+}

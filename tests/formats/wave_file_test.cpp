@@ -1,0 +1,245 @@
+#include "formats/wave_file.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <random>
+
+#include "formats/wave_format.h"
+#include "support/temp_folder.h"
+#include "wave_fixtures.h"
+
+namespace {
+
+Bytes ExtensibleFmt(std::uint16_t bits, const unsigned char* guid) {
+  Bytes extra;
+  PutLE16(extra, bits);  // valid bits
+  PutLE32(extra, 0x4);   // channel mask
+  extra.insert(extra.end(), guid, guid + 16);
+  return FmtBody(kLWaveTagExtensible, 1, 48000, bits, 0, &extra);
+}
+
+unsigned char ErrorOf(const Bytes& file) { return OpenWave(file).GetErrorCode(); }
+
+}  // namespace
+
+TEST(WaveFile, StaircaseReadsTheSameWholeAndInBlocksOf234) {
+  LSoundSource source = OpenWave(WaveFile(kLWaveTagPCM, 2, 44100, 16, Staircase16(5000, 2)));
+  ASSERT_EQ(source.GetErrorCode(), kLSourceOK);
+  EXPECT_EQ(source.GetEndSample(), 5000);
+  EXPECT_EQ(source.GetChannels(), 2);
+  EXPECT_FLOAT_EQ(source.GetMaxAmplitude(), 32767.0f / 32768.0f);
+  std::vector<float> whole = ReadFrames(source, 5000);
+  for (int i = 0; i < 10000; ++i) ASSERT_EQ(whole[i], static_cast<std::int16_t>(i) / 32767.0f) << i;
+  source.Seek(0);
+  EXPECT_EQ(ReadFrames(source, 5000, 234), whole);
+  EXPECT_EQ(source.GetPositionSample(), 5000);
+}
+
+TEST(WaveFile, FramesBeforeTheStartAndPastTheEndReadAsSilence) {
+  LSoundSource source = OpenWave(WaveFile(kLWaveTagPCM, 1, 8000, 16, Staircase16(100, 1)));
+  source.Seek(-10);
+  std::vector<float> got = ReadFrames(source, 20);
+  for (int i = 0; i < 10; ++i) EXPECT_EQ(got[i], 0.0f);
+  for (int i = 10; i < 20; ++i) EXPECT_EQ(got[i], (i - 10) / 32767.0f);
+  source.Seek(95);
+  got = ReadFrames(source, 10);
+  EXPECT_EQ(got[4], 99 / 32767.0f);
+  for (int i = 5; i < 10; ++i) EXPECT_EQ(got[i], 0.0f);
+}
+
+TEST(WaveFile, ReadsLargerThanTheBufferAreServedInSteps) {
+  const int frames = 20000;
+  LSoundSource source = OpenWave(WaveFile(kLWaveTagPCM, 1, 8000, 16, Staircase16(frames, 1)));
+  std::vector<float> got = ReadFrames(source, frames + 100);
+  for (int i = 0; i < frames; ++i) ASSERT_EQ(got[i], static_cast<std::int16_t>(i) / 32767.0f) << i;
+  EXPECT_EQ(got[frames + 50], 0.0f);
+}
+
+TEST(WaveFile, PCMBitDepthsAndFloatChooseTheirReaders) {
+  struct Case {
+    std::uint16_t tag, bits;
+    Bytes sample;
+    float expect;
+  };
+  const Case cases[] = {
+      {kLWaveTagPCM, 8, {0xFF}, 127 / 127.0f},
+      {kLWaveTagPCM, 12, {0x00, 0x80}, -32768 / 32767.0f},
+      {kLWaveTagPCM, 24, {0x00, 0x00, 0x80}, static_cast<float>(-2147483648.0 / 2147483647.0)},
+      {kLWaveTagPCM, 32, {0x01, 0x00, 0x00, 0x40}, static_cast<float>(1073741825.0 / 2147483647.0)},
+      {kLWaveTagIEEEFloat, 32, {0x00, 0x00, 0xC0, 0x3F}, 1.5f},
+      {kLWaveTagIEEEFloat, 64, {0, 0, 0, 0, 0, 0, 0xE0, 0xBF}, -0.5f},
+  };
+  for (const Case& c : cases) {
+    LSoundSource source = OpenWave(WaveFile(c.tag, 1, 8000, c.bits, c.sample));
+    ASSERT_EQ(source.GetErrorCode(), kLSourceOK) << c.bits;
+    EXPECT_EQ(source.GetEndSample(), 1) << c.bits;
+    EXPECT_EQ(ReadFrames(source, 1)[0], c.expect) << c.bits;
+  }
+  EXPECT_EQ(OpenWave(WaveFile(kLWaveTagIEEEFloat, 1, 8000, 32, {})).GetMaxAmplitude(), 16.0f);
+  EXPECT_EQ(OpenWave(WaveFile(kLWaveTagALaw, 1, 8000, 8, {0xD5})).GetMaxAmplitude(), 1.0f);
+}
+
+TEST(WaveFile, FormatTagsWithoutAReaderGiveTheirCodes) {
+  EXPECT_EQ(ErrorOf(WaveFile(kLWaveTagIEEEFloat, 1, 8000, 24, {})), kLSourceUnsupported);
+  for (std::uint16_t tag : {2, 4, 5, 0x50, 0x1234}) {
+    EXPECT_EQ(ErrorOf(WaveFile(tag, 1, 8000, 16, {})), kLSourceUnsupported) << tag;
+  }
+  for (std::uint16_t tag : {kLWaveTagTrueSpeech, kLWaveTagSharpG726, kLWaveTagMPEGLayer3}) {
+    EXPECT_EQ(ErrorOf(WaveFile(tag, 1, 8000, 16, {})), kLSourceCodecMissing) << tag;
+  }
+  EXPECT_EQ(ErrorOf(RiffWave({Chunk("fmt ", FmtBody(kLWaveTagIMAADPCM, 2, 8000, 4, 512)), Chunk("data", {})})),
+            kLSourceCodecMissing);
+}
+
+TEST(WaveFile, DamagedHeadersGiveCode3) {
+  const Bytes fmt = Chunk("fmt ", FmtBody(kLWaveTagPCM, 1, 8000, 16));
+  const Bytes data = Chunk("data", Staircase16(4, 1));
+  EXPECT_EQ(ErrorOf({}), kLSourceDamaged);
+  EXPECT_EQ(ErrorOf(Bytes{'R', 'I', 'F', 'F', 0, 0, 0, 0, 'W', 'A', 'V'}), kLSourceDamaged);
+  EXPECT_EQ(ErrorOf(RiffWave({fmt})), kLSourceDamaged);        // no data
+  EXPECT_EQ(ErrorOf(RiffWave({data})), kLSourceDamaged);       // no fmt
+  EXPECT_EQ(ErrorOf(RiffWave({data, fmt})), kLSourceDamaged);  // data before fmt is never found
+  EXPECT_EQ(ErrorOf(RiffWave({Chunk("fmt ", Bytes(14, 0)), data})), kLSourceDamaged);
+  EXPECT_EQ(ErrorOf(RiffWave({Chunk("fmt ", Bytes(8194, 0)), data})), kLSourceDamaged);
+  EXPECT_EQ(ErrorOf(RiffWave({Chunk("fmt ", FmtBody(1, 1, 8000, 16), 40, false), data})), kLSourceDamaged);
+  EXPECT_EQ(ErrorOf(RiffWave({Chunk("junk", {}, 0x7FFFFFFF), fmt, data})), kLSourceDamaged);  // rounds past 2^31-1
+  EXPECT_EQ(ErrorOf(RiffWave({Chunk("fmt ", FmtBody(1, 0, 8000, 16)), data})), kLSourceDamaged);
+  EXPECT_EQ(ErrorOf(RiffWave({Chunk("fmt ", FmtBody(1, 256, 8000, 16)), data})), kLSourceDamaged);
+  EXPECT_EQ(ErrorOf(RiffWave({Chunk("fmt ", FmtBody(1, 1, 0, 16)), data})), kLSourceDamaged);
+  EXPECT_EQ(ErrorOf(RiffWave({Chunk("fmt ", FmtBody(1, 1, 196001, 16)), data})), kLSourceDamaged);
+  EXPECT_EQ(ErrorOf(RiffWave({Chunk("fmt ", FmtBody(1, 255, 196000, 16)), data})), kLSourceOK);
+}
+
+TEST(WaveFile, ForeignChunksBeforeTheContainerAndBeforeTheChunksAreSkipped) {
+  const Bytes wave = RiffWave({Chunk("LIST", Bytes(5, 7)), Chunk("fmt ", FmtBody(1, 1, 8000, 16)),
+                               Chunk("fact", Bytes(4, 0)), Chunk("data", Staircase16(3, 1))});
+  Bytes file = Chunk("abcd", Bytes(12, 1));  // a chunk of another kind with a 12-byte body first
+  file.insert(file.end(), wave.begin(), wave.end());
+  LSoundSource source = OpenWave(file);
+  ASSERT_EQ(source.GetErrorCode(), kLSourceOK);
+  EXPECT_EQ(ReadFrames(source, 3)[2], 2 / 32767.0f);
+
+  Bytes small = Chunk("abcd", {}, 3);  // rounds to 4, below 5
+  small.insert(small.end(), wave.begin(), wave.end());
+  EXPECT_EQ(ErrorOf(small), kLSourceDamaged);
+}
+
+TEST(WaveFile, AnOddSizedFmtBodyIsFollowedWithoutItsPadByteAndFails) {
+  Bytes body = FmtBody(1, 1, 8000, 16);
+  body.push_back(0);  // 17 bytes
+  EXPECT_EQ(ErrorOf(RiffWave({Chunk("fmt ", body), Chunk("data", Staircase16(4, 1))})), kLSourceDamaged);
+}
+
+TEST(WaveFile, ExtensibleOpensAsPCMOnlyWithThePCMSubFormat) {
+  LWaveFileFormat format;
+  LSoundSource source = LWaveFile::OpenSource(
+      Memory(RiffWave({Chunk("fmt ", ExtensibleFmt(24, kLWaveSubFormatPCM)), Chunk("data", {0, 0, 0x40})})), &format);
+  ASSERT_EQ(source.GetErrorCode(), kLSourceOK);
+  EXPECT_EQ(format.tag, kLWaveTagPCM);
+  EXPECT_EQ(format.bitsPerSample, 24);
+  EXPECT_EQ(ReadFrames(source, 1)[0], static_cast<float>(1073741824.0 / 2147483647.0));
+
+  unsigned char floatGuid[16];
+  std::memcpy(floatGuid, kLWaveSubFormatPCM, 16);
+  floatGuid[0] = kLWaveTagIEEEFloat;
+  EXPECT_EQ(ErrorOf(RiffWave({Chunk("fmt ", ExtensibleFmt(32, floatGuid)), Chunk("data", Bytes(4, 0))})),
+            kLSourceUnsupported);
+}
+
+TEST(WaveFile, SeveralDataChunksReadAsOneStream) {
+  // Chunks of 3, 2 and 4 stereo frames; a frame is split over the second boundary.
+  Bytes all = Staircase16(9, 2);
+  Bytes first(all.begin(), all.begin() + 12), second(all.begin() + 12, all.begin() + 22),
+      third(all.begin() + 22, all.end());
+  LSoundSource source = OpenWave(RiffWave({Chunk("fmt ", FmtBody(1, 2, 8000, 16)), Chunk("data", first),
+                                           Chunk("data", second), Chunk("data", third), Chunk("LIST", Bytes(8, 9))}));
+  EXPECT_EQ(source.GetEndSample(), 9);
+  EXPECT_FALSE(source.IsStreaming());
+  std::vector<float> whole = ReadFrames(source, 10);
+  for (int i = 0; i < 18; ++i) EXPECT_EQ(whole[i], i / 32767.0f) << i;
+  EXPECT_EQ(whole[18], 0.0f);  // the LIST chunk is never read as samples
+  for (long long block : {1, 2, 4}) {
+    source.Seek(0);
+    EXPECT_EQ(ReadFrames(source, 10, block), whole) << block;
+  }
+  source.Seek(4);
+  EXPECT_EQ(ReadFrames(source, 1)[0], 8 / 32767.0f);
+}
+
+TEST(WaveFile, AProvisionalDataSizeMakesTheLengthFollowTheStream) {
+  Bytes file = RiffWave({Chunk("fmt ", FmtBody(1, 1, 8000, 16)), Chunk("data", Staircase16(10, 1), 0xFFFFFFDB)});
+  LSoundSource source = OpenWave(file);
+  EXPECT_TRUE(source.IsStreaming());
+  EXPECT_EQ(source.GetEndSample(), 10);
+  EXPECT_EQ(ReadFrames(source, 12)[9], 9 / 32767.0f);
+}
+
+TEST(WaveFile, FormatIsReportedAlsoWhenTheOpenFails) {
+  LWaveFileFormat format;
+  LSoundSource source = LWaveFile::OpenSource(Memory(WaveFile(kLWaveTagTrueSpeech, 1, 8000, 1, {})), &format);
+  EXPECT_EQ(source.GetErrorCode(), kLSourceCodecMissing);
+  EXPECT_EQ(format.tag, kLWaveTagTrueSpeech);
+  EXPECT_STREQ(LWaveCodecName(format.tag), "DSP Group TrueSpeech");
+}
+
+TEST(WaveFile, AMissingFileGivesCode4AndNoDescriptorIsLeft) {
+  TempFolder folder;
+  const int before = OpenDescriptorCount();
+  EXPECT_EQ(LWaveFile::OpenSource(folder.File("none.wav").c_str()).GetErrorCode(), kLSourceCannotOpen);
+  WriteFileBytes(folder.File("a.wav"), WaveFile(1, 1, 8000, 16, Staircase16(10, 1)));
+  WriteFileBytes(folder.File("bad.wav"), Bytes(40, 1));
+  {
+    LSoundSource good = LWaveFile::OpenSource(folder.File("a.wav").c_str());
+    LSoundSource bad = LWaveFile::OpenSource(folder.File("bad.wav").c_str());
+    EXPECT_EQ(good.GetEndSample(), 10);
+    EXPECT_EQ(bad.GetErrorCode(), kLSourceDamaged);
+  }
+  EXPECT_EQ(OpenDescriptorCount(), before);
+}
+
+TEST(WaveFile, DeletingSourceRemovesItsFileWhenTheLastHandleGoes) {
+  TempFolder folder;
+  const std::string path = folder.File("temp.wav");
+  WriteFileBytes(path, WaveFile(1, 2, 22050, 16, Staircase16(30, 2)));
+  LSoundSource source = LWaveFile::OpenSourceDeletingFileWhenClosed(path.c_str());
+  EXPECT_EQ(source.GetSampleRate(), 22050u);
+  EXPECT_EQ(source.GetChannels(), 2);
+  EXPECT_EQ(source.GetEndSample(), 30);
+  source.Seek(29);
+  EXPECT_EQ(ReadFrames(source, 1)[1], 59 / 32767.0f);
+  LSoundSource copy = source;
+  source.Close();
+  EXPECT_FALSE(FileBytes(path).empty());
+  copy.Close();
+  EXPECT_TRUE(FileBytes(path).empty());
+  EXPECT_NE(access(path.c_str(), F_OK), 0);
+}
+
+// A damaged file never crashes the reader and never yields data from outside its data chunk.
+TEST(WaveFile, TruncatedAndDamagedFilesReadSafely) {
+  Bytes data;
+  for (int i = 0; i < 40; ++i) PutLE16(data, 1000);  // every sample the same
+  const Bytes file =
+      RiffWave({Chunk("fmt ", FmtBody(1, 2, 8000, 16)), Chunk("data", data), Chunk("LIST", Bytes(40, 0x55))});
+  const float expect = 1000 / 32767.0f;
+  for (size_t length = 0; length <= file.size(); ++length) {
+    LSoundSource source = OpenWave(Bytes(file.begin(), file.begin() + static_cast<long>(length)));
+    if (source.IsError()) continue;
+    EXPECT_EQ(source.GetEndSample(), 20);
+    for (float v : ReadFrames(source, 30, 7)) ASSERT_TRUE(v == 0.0f || v == expect) << length;
+  }
+  std::mt19937 random(1234);
+  for (int round = 0; round < 3000; ++round) {
+    Bytes damaged = file;
+    for (int flips = 1 + round % 4; flips > 0; --flips) {
+      damaged[random() % damaged.size()] ^= static_cast<unsigned char>(1u << (random() % 8));
+    }
+    LSoundSource source = OpenWave(damaged);
+    const long long end = source.GetEndSample();
+    ASSERT_GE(end, 0);
+    source.Seek(std::min(end, 1000LL) - 5);
+    ReadFrames(source, 40, 13);
+  }
+}
