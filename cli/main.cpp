@@ -1,6 +1,47 @@
+// sonvale: the command-line front end of the editor.
 #include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
 
-int main() {
-  std::puts("sonvale");
-  return 0;
+#include "cli/command_args.h"
+#include "cli/convert_command.h"
+#include "cli/info_command.h"
+#include "cli/terminal_progress.h"
+
+namespace {
+
+void PrintUsage(FILE* out) {
+  std::fputs(
+      "Aufruf: sonvale BEFEHL [OPTIONEN] DATEI...\n"
+      "\n"
+      "Befehle:\n"
+      "  info [--json] [--raw-in R,K,C] DATEI...   Format, Abtastrate, Kanäle, Länge\n"
+      "  convert EIN AUS [--to FORMAT] [--dither] [--raw-in R,K,C] [--raw R,K,C]\n"
+      "                                            in ein anderes Format schreiben\n"
+      "\n"
+      "Formate: pcm8 pcm16 pcm24 pcm32 float alaw ulaw ima gsm raw\n"
+      "Rohdaten-Codes: 0 VOX, 1 µ-law, 2 A-law, 3 16 Bit, 4 8 Bit ohne Vorzeichen,\n"
+      "                5 8 Bit, 6 16 Bit Big-Endian, 7 Gleitkomma, 8 Gleitkomma Big-Endian\n",
+      out);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2) {
+    PrintUsage(stderr);
+    return kCommandFailed;
+  }
+  std::string command = argv[1];
+  std::vector<std::string> args(argv + 2, argv + argc);
+  TerminalProgress::InstallInterruptHandler();
+  if (command == "info") return RunInfoCommand(args);
+  if (command == "convert") return RunConvertCommand(args);
+  if (command == "hilfe" || command == "help" || command == "--help" || command == "-h") {
+    PrintUsage(stdout);
+    return kCommandOK;
+  }
+  PrintError("Unbekannter Befehl \"" + command + "\". \"sonvale hilfe\" zeigt die Befehle.");
+  return kCommandFailed;
 }

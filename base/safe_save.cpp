@@ -1,0 +1,43 @@
+#include "base/safe_save.h"
+
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+#include "base/platform_file.h"
+
+LSafeSave::LSafeSave(const char* target) : target_(target ? target : "") {
+  if (target_.empty()) return;
+  auto slash = target_.rfind('/');
+  LStringLong folder = slash == LStringLong::npos ? "." : target_.substr(0, slash == 0 ? 1 : slash);
+  LStringLong name = slash == LStringLong::npos ? target_ : target_.substr(slash + 1);
+  LStringLong pattern = folder + "/." + name + ".sonvale-XXXXXX";
+  std::vector<char> buffer(pattern.begin(), pattern.end());
+  buffer.push_back('\0');
+  int fd = mkostemp(buffer.data(), O_CLOEXEC);
+  if (fd < 0) return;
+  // Keep the permissions a new file would get (mkostemp makes 0600).
+  mode_t mask = umask(0);
+  umask(mask);
+  struct stat st {};
+  fchmod(fd, ::stat(target_.c_str(), &st) == 0 ? (st.st_mode & 07777) : (0666 & ~mask));
+  ::close(fd);
+  temp_ = buffer.data();
+}
+
+LSafeSave::~LSafeSave() {
+  if (!committed_ && !temp_.empty()) LFileDelete(temp_.c_str());
+}
+
+bool LSafeSave::Commit() {
+  if (temp_.empty() || committed_) return false;
+  int fd = ::open(temp_.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return false;
+  bool synced = ::fsync(fd) == 0;
+  ::close(fd);
+  if (!synced || std::rename(temp_.c_str(), target_.c_str()) != 0) return false;
+  committed_ = true;
+  return true;
+}

@@ -1,0 +1,19 @@
+#pragma once
+// Small helpers the subcommands share for reading their arguments.
+#include <string>
+#include <vector>
+
+#include "formats/raw_file.h"
+
+// Reads "RATE,CHANNELS,CODE"; false when it is not of that form.
+[[nodiscard]] bool ParseRawSettings(const std::string& text, LRawSettings* out);
+
+// Prints a German error message to standard error, prefixed with the program name.
+void PrintError(const std::string& message);
+
+// Exit statuses of the command.
+enum CommandStatus : int {
+  kCommandOK = 0,
+  kCommandCancelled = 1,
+  kCommandFailed = 2,
+};

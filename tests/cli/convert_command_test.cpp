@@ -1,0 +1,133 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <sys/stat.h>
+
+#include "run_command.h"
+#include "support/temp_folder.h"
+
+namespace {
+
+// 16-bit stereo WAVE bytes of a ramp, made here so the tests need no fixture files.
+std::string RampWave(int frames) {
+  std::string data;
+  for (int f = 0; f < frames; ++f) {
+    for (int c = 0; c < 2; ++c) {
+      std::int16_t v = static_cast<std::int16_t>((f * 37 + c * 1000) % 60000 - 30000);
+      data.append(reinterpret_cast<const char*>(&v), 2);
+    }
+  }
+  auto u32 = [](std::uint32_t v) { return std::string(reinterpret_cast<const char*>(&v), 4); };
+  auto u16 = [](std::uint16_t v) { return std::string(reinterpret_cast<const char*>(&v), 2); };
+  std::string h = "RIFF" + u32(36 + data.size()) + "WAVEfmt " + u32(16) + u16(1) + u16(2) + u32(8000) +
+                  u32(32000) + u16(4) + u16(16) + "data" + u32(data.size());
+  return h + data;
+}
+
+void WriteFile(const std::string& path, const std::string& bytes) {
+  std::ofstream f(path, std::ios::binary);
+  f << bytes;
+}
+
+class ConvertCommand : public ::testing::Test {
+protected:
+  void SetUp() override {
+    in_ = tmp_.File("in.wav");
+    WriteFile(in_, RampWave(5001));
+  }
+  TempFolder tmp_;
+  std::string in_;
+};
+
+}  // namespace
+
+TEST_F(ConvertCommand, EveryLayoutWritesAFileThatReadsBackWithTheSameShape) {
+  for (const char* layout : {"pcm8", "pcm16", "pcm24", "pcm32", "float", "alaw", "ulaw"}) {
+    std::string out = tmp_.File(std::string("out-") + layout + ".wav");
+    CommandResult r = RunSonvale({"convert", in_, out, "--to", layout});
+    ASSERT_EQ(r.status, 0) << layout << ": " << r.err;
+    CommandResult info = RunSonvale({"info", "--json", out});
+    ASSERT_EQ(info.status, 0) << info.err;
+    EXPECT_NE(info.out.find("\"frames\": 5001"), std::string::npos) << layout << info.out;
+    EXPECT_NE(info.out.find("\"channels\": 2"), std::string::npos);
+    EXPECT_NE(info.out.find("\"sampleRate\": 8000"), std::string::npos);
+    if (ToolAvailable("soxi")) {
+      std::string soxi;
+      ASSERT_EQ(RunTool("soxi -s '" + out + "'", &soxi), 0) << layout << soxi;
+      EXPECT_EQ(std::stol(soxi), 5001) << layout;
+    }
+  }
+}
+
+TEST_F(ConvertCommand, SixteenBitsSurviveAFloatRoundTripExactly) {
+  std::string f = tmp_.File("f.wav"), back = tmp_.File("back.wav");
+  ASSERT_EQ(RunSonvale({"convert", in_, f, "--to", "float"}).status, 0);
+  ASSERT_EQ(RunSonvale({"convert", f, back, "--to", "pcm16"}).status, 0);
+  EXPECT_EQ(ReadFileBytes(back), ReadFileBytes(in_));
+  if (ToolAvailable("sox")) {
+    std::string stat;
+    // sox reads our float file as the same signal; what remains is the 32767 against
+    // 32768 full scale of the two programs, below 2^-15 of full scale.
+    ASSERT_EQ(RunTool("sox -m -v 1 '" + in_ + "' -v -1 '" + f + "' -n stat 2>&1 | grep Maximum.amplitude", &stat), 0)
+        << stat;
+    EXPECT_LT(std::stod(stat.substr(stat.find(':') + 1)), 1.0 / 32768) << stat;
+  }
+}
+
+TEST_F(ConvertCommand, RawOutputAndInputRoundTrip) {
+  std::string raw = tmp_.File("x.raw"), back = tmp_.File("back.wav");
+  ASSERT_EQ(RunSonvale({"convert", in_, raw, "--raw", "8000,2,3"}).status, 0);
+  EXPECT_EQ(ReadFileBytes(raw), ReadFileBytes(in_).substr(44));
+  CommandResult r = RunSonvale({"convert", raw, back, "--raw-in", "8000,2,3", "--to", "pcm16"});
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(ReadFileBytes(back), ReadFileBytes(in_));
+}
+
+TEST_F(ConvertCommand, BadInputGivesAGermanMessageAndLeavesTheTargetAsItWas) {
+  std::string target = tmp_.File("target.wav");
+  WriteFile(target, "old contents");
+  struct Case {
+    std::vector<std::string> args;
+    const char* expected;
+  } cases[] = {
+      {{"convert", tmp_.File("missing.wav"), target}, "kann nicht geöffnet werden"},
+      {{"convert", in_, target, "--to", "mp5"}, "Unbekanntes Zielformat"},
+      {{"convert", in_, target, "--raw-in", "8000,x,1"}, "--raw-in erwartet"},
+      {{"convert", in_}, "erwartet eine Eingabe- und eine Ausgabedatei"},
+      {{"convert", in_, target, "--to", "ima"}, "nur Mono"},
+      {{"frobnicate"}, "Unbekannter Befehl"},
+  };
+  for (const Case& c : cases) {
+    CommandResult r = RunSonvale(c.args);
+    EXPECT_EQ(r.status, 2) << c.expected;
+    EXPECT_NE(r.err.find(c.expected), std::string::npos) << r.err;
+    EXPECT_EQ(ReadFileBytes(target), "old contents");
+  }
+  WriteFile(tmp_.File("damaged.wav"), RampWave(100).substr(0, 30));
+  CommandResult damaged = RunSonvale({"convert", tmp_.File("damaged.wav"), target});
+  EXPECT_EQ(damaged.status, 2);
+  EXPECT_NE(damaged.err.find("beschädigt"), std::string::npos) << damaged.err;
+  EXPECT_EQ(ReadFileBytes(target), "old contents");
+}
+
+TEST_F(ConvertCommand, AnUnwritableFolderFailsWithoutTouchingAnything) {
+  if (geteuid() == 0) GTEST_SKIP() << "root writes into read-only folders";
+  std::string folder = tmp_.File("ro");
+  mkdir(folder.c_str(), 0555);
+  CommandResult r = RunSonvale({"convert", in_, folder + "/x.wav"});
+  EXPECT_EQ(r.status, 2);
+  EXPECT_NE(r.err.find("kann nicht geschrieben werden"), std::string::npos);
+}
+
+TEST(InfoCommand, PrintsTheDurationAsHoursMinutesSecondsAndMilliseconds) {
+  TempFolder tmp;
+  std::string path = tmp.File("a.wav");
+  WriteFile(path, RampWave(12000));
+  CommandResult r = RunSonvale({"info", path});
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_NE(r.out.find("0:00:01.500"), std::string::npos) << r.out;
+  EXPECT_NE(r.out.find("WAVE, PCM 16 Bit"), std::string::npos);
+}
