@@ -22,11 +22,6 @@ std::unique_ptr<LFileStream> CreateItemFile(unsigned short item, const char* ext
   return std::make_unique<LFileStream>(fd);
 }
 
-void PutCode(unsigned char* at, std::uint16_t code) {
-  at[0] = static_cast<unsigned char>(code & 0xFF);
-  at[1] = static_cast<unsigned char>(code >> 8);
-}
-
 }  // namespace
 
 LCutListAudioSink::LCutListAudioSink(LCutListAudio* target, std::uint32_t sampleRate, std::uint8_t channels,
@@ -34,8 +29,7 @@ LCutListAudioSink::LCutListAudioSink(LCutListAudio* target, std::uint32_t sample
     : LSoundSinkBase(sampleRate, channels == 0 ? 1 : channels),
       target_(target),
       segment_(LSoundCacheItemHandle::Adopt(LSoundCache::Instance().ItemCreateNewAndIncRef()), 0, 1.0f, 0),
-      positivePeak_(GetChannels(), 0.0f),
-      negativePeak_(GetChannels(), 0.0f),
+      overviewBuilder_(GetChannels()),
       bytesPerFrame_(static_cast<long long>(GetChannels()) * static_cast<long long>(sizeof(float))),
       path_(path ? path : "") {
   if (channels == 0) SetError();
@@ -54,53 +48,16 @@ void LCutListAudioSink::Write(const float* buffer, long long frames) {
   AdvancePosition(frames);
   // Lost frames read as silence and lost records draw as silence; neither is reported.
   if (audio_->IsOpen()) (void)audio_->WriteAll(buffer, frames * bytesPerFrame_);
-  OverviewAdd(buffer, frames);
+  overviewBuilder_.Add(buffer, frames);
   RecordsFlush();
 }
 
-void LCutListAudioSink::OverviewAdd(const float* buffer, long long frames) {
-  const int channels = GetChannels();
-  float* positive = positivePeak_.data();
-  float* negative = negativePeak_.data();
-  while (frames > 0) {
-    const long long take = std::min(frames, kLSoundCacheOverviewBlockFrames - blockFrames_);
-    const float* end = buffer + take * channels;
-    for (const float* frame = buffer; frame < end; frame += channels) {
-      for (int c = 0; c < channels; ++c) {
-        const float v = frame[c];
-        if (v > positive[c]) positive[c] = v;
-        if (v < negative[c]) negative[c] = v;
-      }
-    }
-    buffer = end;
-    frames -= take;
-    blockFrames_ += take;
-    if (blockFrames_ >= kLSoundCacheOverviewBlockFrames) BlockEnd();
-  }
-}
-
-void LCutListAudioSink::BlockEnd() {
-  const int channels = GetChannels();
-  const std::size_t at = records_.size();
-  records_.resize(at + static_cast<std::size_t>(channels) * kLSoundCacheOverviewRecordBytes);
-  for (int c = 0; c < channels; ++c) {
-    unsigned char* record = records_.data() + at + static_cast<std::size_t>(c) * kLSoundCacheOverviewRecordBytes;
-    PutCode(record, LSoundCachePeakCode(positivePeak_[c]));
-    PutCode(record + 2, LSoundCachePeakCode(-negativePeak_[c]));
-    positivePeak_[c] = 0.0f;
-    negativePeak_[c] = 0.0f;
-  }
-  blockFrames_ = 0;
-}
-
 void LCutListAudioSink::RecordsFlush() {
-  if (records_.empty()) return;
-  if (overview_->IsOpen()) (void)overview_->WriteAll(records_.data(), static_cast<long long>(records_.size()));
-  records_.clear();
+  if (overview_->IsOpen()) overviewBuilder_.Flush(*overview_);
 }
 
 void LCutListAudioSink::WriteGrfFrame() {
-  BlockEnd();
+  overviewBuilder_.EndBlock();
   RecordsFlush();
 }
 
@@ -110,15 +67,12 @@ void LCutListAudioSink::Seek(long long frame) {
   const long long block = frame / kLSoundCacheOverviewBlockFrames;
   if (audio_->IsOpen()) (void)audio_->Seek(frame * bytesPerFrame_);
   if (overview_->IsOpen()) (void)overview_->Seek(block * GetChannels() * kLSoundCacheOverviewRecordBytes);
-  std::fill(positivePeak_.begin(), positivePeak_.end(), 0.0f);
-  std::fill(negativePeak_.begin(), negativePeak_.end(), 0.0f);
-  blockFrames_ = frame % kLSoundCacheOverviewBlockFrames;
+  overviewBuilder_.Restart(frame % kLSoundCacheOverviewBlockFrames);
 }
 
 long long LCutListAudioSink::CommitUpTo(long long frame) {
-  if (blockFrames_ >= kLSoundCacheOverviewBlockFrames) WriteGrfFrame();
-  // Short of the unfinished block, so that every frame shown has its record.
-  long long end = std::min(frame - blockFrames_, GetPosition());
+    // Short of the unfinished block, so that every frame shown has its record.
+  long long end = std::min(frame - overviewBuilder_.BlockFrames(), GetPosition());
   end = std::max(end, segment_.offset);
   segment_.length = end - segment_.offset;
   Publish();
@@ -143,7 +97,7 @@ LCutListAudioSink::~LCutListAudioSink() {
       left -= take;
     }
   }
-  if (blockFrames_ > 0) WriteGrfFrame();
+  if (overviewBuilder_.BlockFrames() > 0) WriteGrfFrame();
   segment_.length = std::max(GetPosition() - segment_.offset, 0LL);
   if (tailWritten && target_ && !target_->IsMP3LosslessMode()) segment_.SubtractEncoderPadding();
   Publish();

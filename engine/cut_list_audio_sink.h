@@ -18,6 +18,7 @@
 #include "base/string_long.h"
 #include "engine/cut_list_audio.h"
 #include "engine/cut_list_segment.h"
+#include "engine/sound_cache_overview_builder.h"
 #include "engine/sound_sink.h"
 #include "engine/sound_source.h"
 
@@ -47,12 +48,9 @@ public:
 
   [[nodiscard]] unsigned short Item() const { return segment_.ItemNumber(); }
   // Frames gathered in the current overview block (0 to 256).
-  [[nodiscard]] long long BlockFrames() const { return blockFrames_; }
+  [[nodiscard]] long long BlockFrames() const { return overviewBuilder_.BlockFrames(); }
 
 private:
-  void OverviewAdd(const float* buffer, long long frames);
-  // Codes the running peaks into records_ and starts the next block.
-  void BlockEnd();
   void RecordsFlush();
   void Publish();
 
@@ -60,10 +58,7 @@ private:
   LCutListSegment segment_;
   std::unique_ptr<LFileStream> audio_;
   std::unique_ptr<LFileStream> overview_;
-  long long blockFrames_ = 0;
-  std::vector<float> positivePeak_;     // per channel, never below 0
-  std::vector<float> negativePeak_;     // per channel, never above 0
-  std::vector<unsigned char> records_;  // records not yet written
+  LSoundCacheOverviewBuilder overviewBuilder_;
   long long bytesPerFrame_;
   long long tailFrames_ = 0;
   LSoundSource tail_ = LSoundSource::Error(kLSourceClosed);

@@ -19,11 +19,6 @@ std::unique_ptr<LFileStream> CreateItemFile(unsigned short item, const char* ext
   return std::make_unique<LFileStream>(fd);
 }
 
-void PutCode(unsigned char* at, std::uint16_t code) {
-  at[0] = static_cast<unsigned char>(code & 0xFF);
-  at[1] = static_cast<unsigned char>(code >> 8);
-}
-
 }  // namespace
 
 LSoundCacheSink::LSoundCacheSink(std::uint32_t sampleRate, std::uint8_t channels, LSoundCacheItemHandle item,
@@ -32,8 +27,7 @@ LSoundCacheSink::LSoundCacheSink(std::uint32_t sampleRate, std::uint8_t channels
       item_(std::move(item)),
       audio_(CreateItemFile(item_.Number(), kLSoundCacheExtAudio)),
       overview_(CreateItemFile(item_.Number(), kLSoundCacheExtOverview)),
-      positivePeak_(GetChannels(), 0.0f),
-      negativePeak_(GetChannels(), 0.0f),
+      overviewBuilder_(GetChannels()),
       lengthOut_(lengthOut) {
   if (channels == 0 || !audio_->IsOpen() || !overview_->IsOpen()) SetError();
 }
@@ -49,50 +43,8 @@ void LSoundCacheSink::Write(const float* buffer, long long frames) {
   const long long bytes = frames * GetChannels() * static_cast<long long>(sizeof(float));
   // A failed write is not reported: the item reads the missing frames as silence.
   (void)audio_->WriteAll(buffer, bytes);
-  OverviewAdd(buffer, frames);
-  OverviewFlush();
-}
-
-void LSoundCacheSink::OverviewAdd(const float* buffer, long long frames) {
-  const int channels = GetChannels();
-  float* positive = positivePeak_.data();
-  float* negative = negativePeak_.data();
-  while (frames > 0) {
-    long long take = std::min(frames, kLSoundCacheOverviewBlockFrames - blockFrames_);
-    const float* end = buffer + take * channels;
-    for (const float* frame = buffer; frame < end; frame += channels) {
-      for (int c = 0; c < channels; ++c) {
-        float v = frame[c];
-        if (v > positive[c]) positive[c] = v;
-        if (v < negative[c]) negative[c] = v;
-      }
-    }
-    buffer = end;
-    frames -= take;
-    blockFrames_ += take;
-    if (blockFrames_ == kLSoundCacheOverviewBlockFrames) OverviewBlockEnd();
-  }
-}
-
-void LSoundCacheSink::OverviewBlockEnd() {
-  const int channels = GetChannels();
-  std::size_t at = records_.size();
-  records_.resize(at + static_cast<std::size_t>(channels) * kLSoundCacheOverviewRecordBytes);
-  for (int c = 0; c < channels; ++c) {
-    unsigned char* record = records_.data() + at + static_cast<std::size_t>(c) * kLSoundCacheOverviewRecordBytes;
-    PutCode(record, LSoundCachePeakCode(positivePeak_[c]));
-    PutCode(record + 2, LSoundCachePeakCode(-negativePeak_[c]));
-    positivePeak_[c] = 0.0f;
-    negativePeak_[c] = 0.0f;
-  }
-  blockFrames_ = 0;
-}
-
-void LSoundCacheSink::OverviewFlush() {
-  if (records_.empty()) return;
-  // Lost records draw as silence; like the audio, not reported.
-  (void)overview_->WriteAll(records_.data(), static_cast<long long>(records_.size()));
-  records_.clear();
+  overviewBuilder_.Add(buffer, frames);
+  overviewBuilder_.Flush(*overview_);
 }
 
 LSoundCacheSink::~LSoundCacheSink() {
@@ -107,8 +59,8 @@ LSoundCacheSink::~LSoundCacheSink() {
       left -= take;
     }
   }
-  if (blockFrames_ > 0) OverviewBlockEnd();
-  OverviewFlush();
+  if (overviewBuilder_.BlockFrames() > 0) overviewBuilder_.EndBlock();
+  overviewBuilder_.Flush(*overview_);
   if (lengthOut_) *lengthOut_ = GetPosition();
 
   LStringLong infoPath = LSoundCache::Instance().FilePath(item_.Number(), kLSoundCacheExtInfo);

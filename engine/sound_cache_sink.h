@@ -15,6 +15,7 @@
 
 #include "base/file_stream.h"
 #include "engine/sound_cache_item_handle.h"
+#include "engine/sound_cache_overview_builder.h"
 #include "engine/sound_sink.h"
 #include "engine/sound_source.h"
 
@@ -35,17 +36,10 @@ public:
   [[nodiscard]] unsigned short Item() const { return item_.Number(); }
 
 private:
-  void OverviewAdd(const float* buffer, long long frames);
-  void OverviewBlockEnd();
-  void OverviewFlush();
-
   LSoundCacheItemHandle item_;
   std::unique_ptr<LFileStream> audio_;
   std::unique_ptr<LFileStream> overview_;
-  long long blockFrames_ = 0;           // frames in the current overview block
-  std::vector<float> positivePeak_;     // per channel, never below 0
-  std::vector<float> negativePeak_;     // per channel, never above 0
-  std::vector<unsigned char> records_;  // overview records not yet written
+  LSoundCacheOverviewBuilder overviewBuilder_;
   long long* lengthOut_;
   long long tailFrames_ = 0;
   LSoundSource tail_ = LSoundSource::Error(kLSourceClosed);
