@@ -58,12 +58,18 @@ void LSoundCacheCleanup(int mode) {
   LStringLong folder = cache.Folder();
   if (folder.empty()) return;
 
-  std::vector<unsigned short> described;
-  LFolderListFiles(folder.c_str(), kLSoundCacheExtInfo, [&](const char* name) {
-    int number = LSoundCacheItemNumberFromName(name);
-    if (number >= 0 && number <= kLSoundCacheItemLast) described.push_back(static_cast<unsigned short>(number));
-  });
-  for (unsigned short item : described) {
+  // Items are found by any of their three files: a writer that died before the
+  // end left ".aud" and ".grf" without ".audinfo".
+  std::vector<unsigned short> found;
+  for (const char* extension : {kLSoundCacheExtInfo, kLSoundCacheExtAudio, kLSoundCacheExtOverview}) {
+    LFolderListFiles(folder.c_str(), extension, [&](const char* name) {
+      int number = LSoundCacheItemNumberFromName(name);
+      if (number >= 0 && number <= kLSoundCacheItemLast) found.push_back(static_cast<unsigned short>(number));
+    });
+  }
+  std::sort(found.begin(), found.end());
+  found.erase(std::unique(found.begin(), found.end()), found.end());
+  for (unsigned short item : found) {
     if (cache.IsUnused(item) && !LSoundCacheItemIsValid(item)) cache.ItemDeleteIfUnused(item);
   }
 

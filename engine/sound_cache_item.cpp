@@ -7,6 +7,7 @@
 #include "base/platform_file.h"
 #include "base/volume_mount_point.h"
 #include "engine/sound_cache_audio_info.h"
+#include "engine/sound_cache_overview.h"
 #include "engine/sound_cache_sink.h"
 #include "engine/source_to_sink.h"
 
@@ -21,7 +22,24 @@ constexpr const char* kDiskSpaceMessage =
 constexpr const char* kNoItemNumberMessage = "Im Zwischenspeicher ist keine Nummer mehr frei.";
 constexpr const char* kAddTitle = "Audio wird zwischengespeichert";
 
+constexpr const char* kIncompleteMessage =
+    "Das Audio konnte nicht vollständig in den Zwischenspeicher geschrieben werden.";
+
 LStringLong InfoPath(unsigned short item) { return LSoundCache::Instance().FilePath(item, kLSoundCacheExtInfo); }
+
+// True when the item's description reads back and its audio and overview hold frames frames.
+bool ItemFilesComplete(unsigned short item, long long frames) {
+  int sampleRate = 0;
+  unsigned char channels = 0;
+  if (!LSoundCacheItemIsValid(item) || !LSoundCacheItemAudioInfoGet(InfoPath(item).c_str(), sampleRate, channels) ||
+      channels == 0 || LSoundCacheItemLengthGet(item) != frames) {
+    return false;
+  }
+  LFileDetails overview;
+  return LFileDetailsGet(LSoundCache::Instance().FilePath(item, kLSoundCacheExtOverview).c_str(), &overview) &&
+         overview.size == static_cast<std::uint64_t>(LSoundCacheOverviewBlocks(frames) * channels *
+                                                     kLSoundCacheOverviewRecordBytes);
+}
 
 }  // namespace
 
@@ -89,6 +107,8 @@ LSoundCacheItemHandle LSoundCacheItemFindForOriginalFile(const char* path) {
   LFileDetails details;
   if (!path || !LFileDetailsGet(path, &details)) return {};
   LSoundCache& cache = LSoundCache::Instance();
+  // The first look-up of a run may come before anything has set the folder.
+  if (cache.Folder().empty()) cache.FolderSetDefault();
   LStringLong folder = cache.Folder();
   std::vector<unsigned short> candidates;
   LFolderListFiles(folder.c_str(), kLSoundCacheExtInfo, [&](const char* name) {
@@ -144,7 +164,11 @@ LProcessResult LSoundCacheItemAdd(LProcessInterface& process, LSoundSource sourc
                         true);
     result = Process(process, job);
   }
-  if (result == kLProcessSuccess && !LSoundCacheItemIsValid(number)) result = kLProcessFailed;
+  // The sink does not report lost writes: the files themselves tell whether everything arrived.
+  if (result == kLProcessSuccess && !ItemFilesComplete(number, length)) {
+    process.SetError(kIncompleteMessage);
+    result = kLProcessFailed;
+  }
   if (result != kLProcessSuccess) {
     length = 0;
     return result;  // held goes, and with the last reference the files

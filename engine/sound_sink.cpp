@@ -1,6 +1,7 @@
 #include "engine/sound_sink.h"
 
 void LSoundSinkBase::Seek(long long) {}
+void LSoundSinkBase::Complete() {}
 
 LSoundSink::LSoundSink(LSoundSinkBase* object) : object_(object) {
   if (object_) object_->refCount_ = 1;

@@ -3,6 +3,9 @@
 // counted handle LSoundSink. Write of n frames consumes them and advances the
 // position by n; Seek moves the write position where a sink supports it. A sink
 // that fails raises its error flag and discards what follows; it never throws.
+// Complete finishes what the sink writes (a file's last block, true sizes, pad
+// byte) while the caller can still see the flag; a sink not completed finishes
+// when it is destroyed, where a failure can no longer be seen.
 // Counts are plain, not atomic (one thread at a time, as for sources).
 #include <cstdint>
 
@@ -16,6 +19,9 @@ public:
 
   virtual void Write(const float* buffer, long long frames) = 0;
   virtual void Seek(long long frame);
+  // Later writes are discarded and raise the error flag. Sinks with nothing to
+  // complete keep the default, which does nothing.
+  virtual void Complete();
 
   long long GetPosition() const { return position_; }
   std::uint32_t GetSampleRate() const { return sampleRate_; }
@@ -81,6 +87,9 @@ public:
   }
   void Seek(long long frame) {
     if (object_) object_->Seek(frame);
+  }
+  void Complete() {
+    if (object_) object_->Complete();
   }
   long long GetPosition() const { return object_ ? object_->GetPosition() : 0; }
   std::uint32_t GetSampleRate() const { return object_ ? object_->GetSampleRate() : 44100; }

@@ -39,6 +39,8 @@ LProcessResult Process(LProcessInterface& process, LPRSourceToSink& job) {
   }
   if (result == kLProcessSuccess) process.SetProgress(1.0);
   if (job.closeSink_) {
+    // Finished here, a failure of the file's last writes still reaches the result.
+    if (sink.RefCount() == 1) sink.Complete();
     bool failed = sink.HasError();
     sink.Close();
     if (failed && result == kLProcessSuccess) result = kLProcessFailed;

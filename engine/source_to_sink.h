@@ -10,7 +10,8 @@
 class LPRSourceToSink {
 public:
   // closeSink: the sink handle is closed when the job ends, so a file sink
-  // finishes its file before Process returns.
+  // finishes its file before Process returns; when the job holds the last
+  // handle, a failure of the file's last writes makes the job fail.
   LPRSourceToSink(std::string title, LSoundSource source, LSoundSink sink, bool closeSink = false)
       : title_(std::move(title)), source_(std::move(source)), sink_(std::move(sink)), closeSink_(closeSink) {}
 

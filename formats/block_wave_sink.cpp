@@ -60,7 +60,10 @@ void LBlockWaveSinkBase::Flush() {
 }
 
 void LBlockWaveSinkBase::Write(const float* in, long long frames) {
-  if (finished_) return;
+  if (finished_) {
+    if (frames > 0) SetError();
+    return;
+  }
   const int perBlock = static_cast<int>(pending_.size());
   while (frames > 0) {
     const int n = static_cast<int>(std::min<long long>(frames, perBlock - pendingCount_));

@@ -15,6 +15,8 @@
 class LBlockWaveSinkBase : public LSoundSinkBase {
  public:
   void Write(const float* in, long long frames) override;
+  // Codes the last block and writes the true sizes and the pad byte (Finish).
+  void Complete() override { Finish(); }
 
  protected:
   // Opens (creating) with a shared lock; the file is cut after the header.

@@ -90,6 +90,10 @@ void LSNKPCMFileBase::WriteHeader(bool provisional) {
 }
 
 void LSNKPCMFileBase::WriteFrames(const unsigned char* bytes, long long frames) {
+  if (finished_) {
+    SetError();
+    return;
+  }
   long long n = frames * bytesPerFrame_;
   long long b = GetPosition() * bytesPerFrame_;
   while (n > 0) {
@@ -109,7 +113,7 @@ void LSNKPCMFileBase::WriteFrames(const unsigned char* bytes, long long frames) 
 }
 
 void LSNKPCMFileBase::Seek(long long frame) {
-  if (frame > GetPosition()) return;
+  if (finished_ || frame > GetPosition()) return;
   frame = std::max(frame, 0LL);
   SetPosition(frame);
   if (!stream_) return;
@@ -117,7 +121,11 @@ void LSNKPCMFileBase::Seek(long long frame) {
   if (!stream_->Seek(at) || !stream_->Truncate(at)) SetError();
 }
 
-LSNKPCMFileBase::~LSNKPCMFileBase() {
+LSNKPCMFileBase::~LSNKPCMFileBase() { Complete(); }
+
+void LSNKPCMFileBase::Complete() {
+  if (finished_) return;
+  finished_ = true;
   if (!stream_) return;
   WriteHeader(false);
   const long long total = GetPosition() * bytesPerFrame_;
@@ -128,12 +136,12 @@ LSNKPCMFileBase::~LSNKPCMFileBase() {
     unsigned char header[kLRiffChunkHeaderBytes];
     LPutLE32(header, kLRiffIdData);
     LPutLE32(header + 4, static_cast<std::uint32_t>(size));
-    if (stream_->Seek(at)) Put(header, sizeof header);
+    if (!stream_->Seek(at) || !Put(header, sizeof header)) SetError();
     at += kLRiffChunkHeaderBytes + size;
     rest -= size;
   }
   if (total & 1) {
     const unsigned char pad = 0;
-    if (stream_->Seek(geometry_.FileOffset(total))) Put(&pad, 1);
+    if (!stream_->Seek(geometry_.FileOffset(total)) || !Put(&pad, 1)) SetError();
   }
 }

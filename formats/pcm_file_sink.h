@@ -55,6 +55,8 @@ class LSNKPCMFileBase : public LSoundSinkBase {
  public:
   ~LSNKPCMFileBase() override;
   void Seek(long long frame) override;
+  // Writes the true sizes, the further data headers and the pad byte.
+  void Complete() override;
 
   const LPCMChunkGeometry& Geometry() const { return geometry_; }
 
@@ -79,6 +81,7 @@ class LSNKPCMFileBase : public LSoundSinkBase {
   LPCMChunkGeometry geometry_;
   int bytesPerSample_;
   int bytesPerFrame_;
+  bool finished_ = false;
 };
 
 template <class Tag>

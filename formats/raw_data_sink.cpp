@@ -49,15 +49,19 @@ long long LRawFileDataSoundSinkBase::WriteHeader() {
 }
 
 void LRawFileDataSoundSinkBase::WriteFrames(const unsigned char* bytes, long long frames) {
-  if (!stream_ || !stream_->WriteAll(bytes, frames * bytesPerFrame_)) SetError();
+  if (finished_ || !stream_ || !stream_->WriteAll(bytes, frames * bytesPerFrame_)) SetError();
   AdvancePosition(frames);
 }
 
-LRawFileDataSoundSinkBase::~LRawFileDataSoundSinkBase() {
+LRawFileDataSoundSinkBase::~LRawFileDataSoundSinkBase() { Complete(); }
+
+void LRawFileDataSoundSinkBase::Complete() {
+  if (finished_) return;
+  finished_ = true;
   if (!stream_ || !header_) return;
   const long long dataEnd = WriteHeader() + GetPosition() * bytesPerFrame_;
   if ((GetPosition() * bytesPerFrame_) & 1) {
     const unsigned char pad = 0;
-    if (stream_->Seek(dataEnd)) (void)stream_->WriteAll(&pad, 1);
+    if (!stream_->Seek(dataEnd) || !stream_->WriteAll(&pad, 1)) SetError();
   }
 }

@@ -20,6 +20,8 @@ using LRawFileHeader = std::function<LArray<unsigned char>(std::uint32_t sampleR
 class LRawFileDataSoundSinkBase : public LSoundSinkBase {
  public:
   ~LRawFileDataSoundSinkBase() override;
+  // Writes the header with the final counts and the pad byte.
+  void Complete() override;
 
  protected:
   // Opens (creating) with a shared lock; the file is cut after the header.
@@ -41,6 +43,7 @@ class LRawFileDataSoundSinkBase : public LSoundSinkBase {
   LRawFileHeader header_;
   int bytesPerSample_;
   int bytesPerFrame_ = 1;
+  bool finished_ = false;
 };
 
 template <class Tag>
