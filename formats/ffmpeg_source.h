@@ -1,0 +1,56 @@
+#pragma once
+// LFFmpegSource: the reader of every format that FFmpeg decodes and we do not
+// read ourselves (MP3, FLAC, Ogg Vorbis, Opus, AAC, WMA, AMR, GSM, CAF, W64,
+// RF64, the sound track of video files and the rest).
+//
+// The first audio stream is decoded to interleaved float at its own rate and
+// channel count. The length of compressed sound is counted when the file is
+// opened, by decoding it through once (only the decoder knows for certain how
+// many frames come out); uncompressed sound takes the container's count. So
+// GetEndSample is exact and the source never streams. The decoder honours the
+// encoder delay and padding that the container records (LAME's tag in MP3, the
+// pre-skip of Opus, edit lists of MP4), so a file lines up with what it was made
+// from. Seek is sample-accurate: the decoder restarts ahead of the target and
+// runs up to it. A damaged or truncated file reads as far as it decodes; the
+// rest is silence. One decode buffer is kept; the file is never read whole into
+// memory.
+//
+// Opening fails with code 5 for what FFmpeg cannot read, code 7 (the codec named
+// in the info) for a codec this FFmpeg lacks, code 3 for a file without one
+// decodable frame, code 4 for a file that cannot be opened; a build without
+// FFmpeg answers 7 for everything.
+#include <memory>
+
+#include "base/byte_stream.h"
+#include "engine/sound_source.h"
+#include "formats/sound_file_info.h"
+
+// The codec named when FFmpeg itself is missing from the build.
+inline constexpr const char* kLFFmpegCodecName = "FFmpeg";
+
+class LFFmpegSource final : public LSoundSourceBase {
+public:
+  // info, when given, receives the container, codec, tags and chapters, and on
+  // code 7 the name of the missing codec.
+  [[nodiscard]] static LSoundSource Open(const char* path, LSoundFileInfo* info = nullptr);
+  // name is only a hint for probing (its extension); the stream stands at the file's start.
+  [[nodiscard]] static LSoundSource Open(std::unique_ptr<LByteStream> stream, const char* name,
+                                         LSoundFileInfo* info = nullptr);
+  // False in builds without FFmpeg.
+  [[nodiscard]] static bool IsAvailable();
+
+  ~LFFmpegSource() override;
+
+  void Read(float* buffer, long long frames) override;
+  long long GetPositionSample() const override { return position_; }
+  long long GetEndSample() const override;
+  void Seek(long long frame) override { position_ = frame; }
+
+  struct Decoder;
+
+private:
+  LFFmpegSource(std::unique_ptr<Decoder> decoder, unsigned rate, int channels);
+
+  std::unique_ptr<Decoder> decoder_;
+  long long position_ = 0;
+};

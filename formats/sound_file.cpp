@@ -1,0 +1,463 @@
+#include "formats/sound_file.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <strings.h>
+
+#include "base/file_stream.h"
+#include "base/memory_stream.h"
+#include "base/platform_file.h"
+#include "engine/channel_map_source.h"
+#include "engine/resample_source.h"
+#include "engine/source_to_sink.h"
+#include "formats/aiff_file.h"
+#include "formats/ffmpeg_sink.h"
+#include "formats/ffmpeg_source.h"
+#include "formats/mp3_sink.h"
+#include "formats/open_error.h"
+#include "formats/wav_tags.h"
+#include "formats/wave_file.h"
+#include "formats/wave_format.h"
+
+namespace {
+
+struct KindName {
+  const char* name;
+  LSoundFileKind kind;
+};
+
+// Names and extensions; the first of each kind is its own name.
+constexpr KindName kKindNames[] = {
+    {"wav", LSoundFileKind::kWave},  {"wave", LSoundFileKind::kWave}, {"rf64", LSoundFileKind::kRF64},
+    {"raw", LSoundFileKind::kRaw},   {"pcm", LSoundFileKind::kRaw},   {"aiff", LSoundFileKind::kAiff},
+    {"aif", LSoundFileKind::kAiff},  {"aifc", LSoundFileKind::kAiff}, {"mp3", LSoundFileKind::kMP3},
+    {"flac", LSoundFileKind::kFlac}, {"ogg", LSoundFileKind::kOgg},   {"oga", LSoundFileKind::kOgg},
+    {"opus", LSoundFileKind::kOpus},
+};
+
+constexpr const char* kLayoutNames[] = {"pcm8", "pcm16", "pcm24", "pcm32", "float", "alaw", "ulaw", "ima", "gsm"};
+
+// Extensions of formats that only FFmpeg reads here: without it they answer code 7.
+constexpr const char* kFFmpegExtensions[] = {"mp3", "mp2", "flac", "ogg",  "oga", "opus", "spx", "m4a",  "m4b",
+                                             "aac", "mp4", "mov",  "mkv",  "mka", "webm", "avi", "wma",  "wmv",
+                                             "asf", "amr", "gsm",  "au",   "snd", "caf",  "w64", "rf64", "ac3",
+                                             "3gp", "flv", "mpg",  "mpeg", "ape", "wv",   "dts"};
+
+// GSM 6.10 is defined at this rate.
+constexpr std::uint32_t kGsmRate = 8000;
+constexpr int kKbit = 1000;
+constexpr int kDefaultMp3Quality = 2;
+constexpr std::size_t kSniffBytes = 12;
+constexpr std::uint32_t kDefaultRate = 44100;
+constexpr int kDefaultChannels = 2;
+
+const char* const kWriteFailed =
+    "Die Datei \"%s\" kann nicht geschrieben werden. Überprüfen Sie, ob der Ordner existiert und Sie Schreibzugriff "
+    "haben.";
+
+// The extension of the file name in path, in lower case, without the dot.
+std::string Extension(const char* path) {
+  if (!path) return {};
+  const char* slash = std::strrchr(path, '/');
+  const char* name = slash ? slash + 1 : path;
+  const char* dot = std::strrchr(name, '.');
+  if (!dot || dot == name) return {};
+  std::string ext = dot + 1;
+  for (char& c : ext) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+  return ext;
+}
+
+// Where the bytes come from: a file (opened anew for every reader that looks at
+// it) or a block of memory.
+class Origin {
+public:
+  explicit Origin(const char* path) : path_(path ? path : "") {}
+  Origin(const unsigned char* data, std::size_t size, const char* name)
+      : path_(name ? name : ""), data_(data), size_(size), memory_(true) {}
+
+  // Null when the file cannot be opened.
+  [[nodiscard]] std::unique_ptr<LByteStream> Open() const {
+    if (memory_) return std::make_unique<LMemoryStream>(data_, size_);
+    const int fd = LFileOpen(path_.c_str(), kLFileRead, LFileLock::Shared);
+    if (fd < 0) return nullptr;
+    return std::make_unique<LFileStream>(fd);
+  }
+  const char* Name() const { return path_.c_str(); }
+
+private:
+  std::string path_;
+  const unsigned char* data_ = nullptr;
+  std::size_t size_ = 0;
+  bool memory_ = false;
+};
+
+std::string WaveCodecName(const LWaveFileFormat& f) {
+  switch (f.tag) {
+    case kLWaveTagPCM:
+      if (f.bitsPerSample <= 8) return "pcm_u8";
+      if (f.bitsPerSample <= 16) return "pcm_s16le";
+      if (f.bitsPerSample <= 24) return "pcm_s24le";
+      return "pcm_s32le";
+    case kLWaveTagIEEEFloat:
+      return f.bitsPerSample == 64 ? "pcm_f64le" : "pcm_f32le";
+    case kLWaveTagALaw:
+      return "pcm_alaw";
+    case kLWaveTagMuLaw:
+      return "pcm_mulaw";
+    case kLWaveTagIMAADPCM:
+      return "adpcm_ima_wav";
+    case kLWaveTagGSM610:
+      return "gsm_ms";
+    default:
+      if (const char* name = LWaveCodecName(f.tag)) return name;
+      return "0x" + std::to_string(f.tag);
+  }
+}
+
+LSoundSource OpenWave(const Origin& origin, LSoundFileInfo* info) {
+  auto stream = origin.Open();
+  if (!stream) return LSoundSource::Error(kLSourceCannotOpen);
+  LWaveFileFormat format;
+  format.tag = 0;
+  LSoundSource source = LWaveFile::OpenSource(std::move(stream), &format);
+  info->formatName = "wav";
+  info->formatLongName = "WAVE";
+  info->codecName = info->codecLongName = WaveCodecName(format);
+  info->bitsPerSample = format.bitsPerSample;
+  info->bitRate = static_cast<long long>(format.sampleRate) * format.channels * format.bitsPerSample;
+  if (!source.IsError()) {
+    if (auto tags = origin.Open()) (void)LWavTagsRead(*tags, &info->tags);
+  }
+  return source;
+}
+
+LSoundSource OpenAiff(const Origin& origin, LSoundFileInfo* info) {
+  auto stream = origin.Open();
+  if (!stream) return LSoundSource::Error(kLSourceCannotOpen);
+  return LAiffFile::OpenSource(std::move(stream), info);
+}
+
+LSoundSource OpenFFmpeg(const Origin& origin, LSoundFileInfo* info) {
+  auto stream = origin.Open();
+  if (!stream) return LSoundSource::Error(kLSourceCannotOpen);
+  return LFFmpegSource::Open(std::move(stream), origin.Name(), info);
+}
+
+// Codes after which another reader may still succeed.
+bool WorthAnotherReader(unsigned char code) {
+  return code == kLSourceDamaged || code == kLSourceUnsupported || code == kLSourceCodecMissing;
+}
+
+LSoundSource OpenAny(const Origin& origin, LSoundFileInfo* out) {
+  LSoundFileInfo scratch;
+  LSoundFileInfo* info = out ? out : &scratch;
+  unsigned char head[kSniffBytes] = {};
+  std::size_t got = 0;
+  {
+    auto stream = origin.Open();
+    if (!stream) return LSoundSource::Error(kLSourceCannotOpen);
+    const long long n = stream->Read(head, sizeof head);
+    got = n > 0 ? static_cast<std::size_t>(n) : 0;
+  }
+  const std::string ext = Extension(origin.Name());
+  const bool wave = got >= kSniffBytes && std::memcmp(head, "RIFF", 4) == 0 && std::memcmp(head + 8, "WAVE", 4) == 0;
+  const bool aiff = LAiffFile::IsAiff(head, got);
+
+  // Our own reader first when the content names it.
+  LSoundSource own;
+  LSoundFileInfo ownInfo;
+  if (wave || aiff) {
+    own = wave ? OpenWave(origin, &ownInfo) : OpenAiff(origin, &ownInfo);
+    if (!own.IsError() || !WorthAnotherReader(own.GetErrorCode())) {
+      *info = ownInfo;
+      return own;
+    }
+  }
+
+  LSoundFileInfo ffInfo;
+  LSoundSource ff;
+  if (LFFmpegSource::IsAvailable()) {
+    ff = OpenFFmpeg(origin, &ffInfo);
+    if (!ff.IsError()) {
+      *info = ffInfo;
+      return ff;
+    }
+  }
+  // Our reader's answer names the codec better than FFmpeg's refusal.
+  if (!own.IsEmpty()) {
+    *info = ownInfo;
+    return own;
+  }
+
+  // The extension second.
+  if (ext == "wav" || ext == "wave" || ext == "aif" || ext == "aiff" || ext == "aifc") {
+    LSoundSource byName = ext[0] == 'w' ? OpenWave(origin, &ownInfo) : OpenAiff(origin, &ownInfo);
+    if (!byName.IsError()) {
+      *info = ownInfo;
+      return byName;
+    }
+  }
+  if (!ff.IsEmpty() && ff.GetErrorCode() == kLSourceCodecMissing) {
+    *info = ffInfo;
+    return ff;
+  }
+  if (!LFFmpegSource::IsAvailable()) {
+    for (const char* e : kFFmpegExtensions) {
+      if (ext == e) {
+        info->codecName = info->codecLongName = kLFFmpegCodecName;
+        return LSoundSource::Error(kLSourceCodecMissing);
+      }
+    }
+  }
+  return LSoundSource::Error(kLSourceUnsupported);
+}
+
+int LayoutBits(LSoundFileLayout layout) {
+  switch (layout) {
+    case LSoundFileLayout::kPcm8:
+      return 8;
+    case LSoundFileLayout::kPcm24:
+      return 24;
+    case LSoundFileLayout::kPcm32:
+    case LSoundFileLayout::kFloat:
+      return 32;
+    default:
+      return 16;
+  }
+}
+
+LSoundSink OpenWaveSink(const char* path, const LSoundFileFormat& format, std::uint32_t rate, int channels) {
+  LWaveFileFormat wave;
+  wave.sampleRate = rate;
+  wave.channels = static_cast<std::uint16_t>(channels);
+  wave.dither = format.dither;
+  switch (format.layout) {
+    case LSoundFileLayout::kFloat:
+      return LWaveFile::OpenSinkFloatExport(path, static_cast<int>(rate), static_cast<unsigned char>(channels));
+    case LSoundFileLayout::kALaw:
+      wave.tag = kLWaveTagALaw;
+      wave.bitsPerSample = 8;
+      return LWaveFile::OpenSink(path, wave);
+    case LSoundFileLayout::kULaw:
+      wave.tag = kLWaveTagMuLaw;
+      wave.bitsPerSample = 8;
+      return LWaveFile::OpenSink(path, wave);
+    case LSoundFileLayout::kIma:
+      // The block coders write mono.
+      wave.tag = kLWaveTagIMAADPCM;
+      wave.channels = 1;
+      wave.bitsPerSample = 4;
+      return LWaveFile::OpenSink(path, wave);
+    case LSoundFileLayout::kGsm:
+      wave.tag = kLWaveTagGSM610;
+      wave.channels = 1;
+      wave.sampleRate = kGsmRate;
+      wave.bitsPerSample = 0;
+      return LWaveFile::OpenSink(path, wave);
+    default:
+      return LWaveFile::OpenSinkPCM(path, static_cast<int>(rate), static_cast<unsigned char>(channels),
+                                    static_cast<unsigned short>(LayoutBits(format.layout)), 0, format.dither);
+  }
+}
+
+std::string Fill(const char* text, const char* path) {
+  std::string out = text;
+  if (auto at = out.find("%s"); at != std::string::npos) out.replace(at, 2, path ? path : "");
+  return out;
+}
+
+}  // namespace
+
+bool LSoundFileKindFromName(const char* name, LSoundFileKind* kind) {
+  if (!name) return false;
+  for (const auto& k : kKindNames) {
+    if (strcasecmp(name, k.name) == 0) {
+      *kind = k.kind;
+      return true;
+    }
+  }
+  return false;
+}
+
+const char* LSoundFileKindName(LSoundFileKind kind) {
+  for (const auto& k : kKindNames) {
+    if (k.kind == kind) return k.name;
+  }
+  return "";
+}
+
+bool LSoundFileLayoutFromName(const char* name, LSoundFileLayout* layout) {
+  if (!name) return false;
+  for (std::size_t i = 0; i < std::size(kLayoutNames); ++i) {
+    if (strcasecmp(name, kLayoutNames[i]) == 0) {
+      *layout = static_cast<LSoundFileLayout>(i);
+      return true;
+    }
+  }
+  return false;
+}
+
+const char* LSoundFileLayoutName(LSoundFileLayout layout) {
+  const auto i = static_cast<std::size_t>(layout);
+  return i < std::size(kLayoutNames) ? kLayoutNames[i] : "";
+}
+
+bool LSoundFileKindForPath(const char* path, LSoundFileKind* kind) {
+  const std::string ext = Extension(path);
+  return !ext.empty() && LSoundFileKindFromName(ext.c_str(), kind);
+}
+
+LSoundSource LSoundFile::OpenSource(const char* path, LSoundFileInfo* info) {
+  if (!path) return LSoundSource::Error(kLSourceCannotOpen);
+  return OpenAny(Origin(path), info);
+}
+
+LSoundSource LSoundFile::OpenSource(const unsigned char* data, std::size_t size, const char* name,
+                                    LSoundFileInfo* info) {
+  if (!data && size > 0) return LSoundSource::Error(kLSourceCannotOpen);
+  return OpenAny(Origin(data, size, name), info);
+}
+
+LSoundSource LSoundFile::OpenSource(const char* path, const LRawSettings& raw, LSoundFileInfo* info) {
+  if (!path || !LFileExists(path)) return LSoundSource::Error(kLSourceCannotOpen);
+  if (info) {
+    *info = LSoundFileInfo();
+    info->formatName = "raw";
+    info->formatLongName = "Rohdaten";
+  }
+  return LRawFile::OpenSource(path, raw);
+}
+
+std::string LSoundFile::OpenErrorMessage(const LSoundSource& source, const char* path, const LSoundFileInfo& info) {
+  const unsigned char code = source.GetErrorCode();
+  return LOpenErrorMessage(code, path,
+                           code == kLSourceCodecMissing && !info.codecName.empty() ? info.codecName.c_str() : nullptr);
+}
+
+const char* LSoundFile::MissingCodec(const LSoundFileFormat& format) {
+  switch (format.kind) {
+    case LSoundFileKind::kMP3:
+      return LSNKMP3::IsAvailable() ? nullptr : kLMP3EncoderName;
+    case LSoundFileKind::kRF64:
+      return LSNKFFmpeg::MissingEncoder(LFFmpegSinkCodec::kRF64);
+    case LSoundFileKind::kFlac:
+      return LSNKFFmpeg::MissingEncoder(LFFmpegSinkCodec::kFlac);
+    case LSoundFileKind::kOgg:
+      return LSNKFFmpeg::MissingEncoder(LFFmpegSinkCodec::kVorbis);
+    case LSoundFileKind::kOpus:
+      return LSNKFFmpeg::MissingEncoder(LFFmpegSinkCodec::kOpus);
+    default:
+      return nullptr;
+  }
+}
+
+LSoundSink LSoundFile::OpenSink(const char* path, const LSoundFileFormat& format, std::uint32_t sampleRate,
+                                int channels) {
+  if (!path) return LSoundSink::Error();
+  const std::uint32_t rate = format.sampleRate ? format.sampleRate : sampleRate;
+  const int ch = std::clamp(format.channels > 0 ? format.channels : channels, 1, 255);
+  const int bits = LayoutBits(format.layout);
+  switch (format.kind) {
+    case LSoundFileKind::kWave:
+      return OpenWaveSink(path, format, rate, ch);
+    case LSoundFileKind::kRaw: {
+      LRawSettings raw = format.raw;
+      raw.sampleRate = static_cast<std::int32_t>(rate);
+      raw.channels = static_cast<std::uint8_t>(ch);
+      return LRawFile::OpenSink(path, raw);
+    }
+    case LSoundFileKind::kAiff: {
+      LAiffFileFormat aiff;
+      aiff.sampleRate = rate;
+      aiff.channels = static_cast<std::uint8_t>(ch);
+      aiff.bitsPerSample = static_cast<std::uint16_t>(bits);
+      return LAiffFile::OpenSink(path, aiff, &format.tags);
+    }
+    case LSoundFileKind::kMP3: {
+      LMP3SinkFormat mp3;
+      mp3.sampleRate = rate;
+      mp3.channels = static_cast<std::uint8_t>(std::min(ch, 2));
+      mp3.bitRate = format.bitRate;
+      mp3.vbrQuality = format.quality >= 0 ? format.quality : kDefaultMp3Quality;
+      return LMakeSink<LSNKMP3>(path, mp3, &format.tags);
+    }
+    default:
+      break;
+  }
+  LFFmpegSinkFormat ff;
+  ff.sampleRate = rate;
+  ff.channels = static_cast<std::uint8_t>(ch);
+  ff.dither = format.dither;
+  ff.bitRate = format.bitRate * kKbit;
+  switch (format.kind) {
+    case LSoundFileKind::kRF64:
+      ff.codec = LFFmpegSinkCodec::kRF64;
+      ff.floating = format.layout == LSoundFileLayout::kFloat;
+      ff.bitsPerSample = std::max(16, bits);
+      break;
+    case LSoundFileKind::kFlac:
+      ff.codec = LFFmpegSinkCodec::kFlac;
+      ff.bitsPerSample = bits > 16 ? 24 : 16;
+      break;
+    case LSoundFileKind::kOgg:
+      ff.codec = LFFmpegSinkCodec::kVorbis;
+      ff.quality = static_cast<float>(format.quality);
+      break;
+    default:
+      ff.codec = LFFmpegSinkCodec::kOpus;
+      break;
+  }
+  return LMakeSink<LSNKFFmpeg>(path, ff, &format.tags);
+}
+
+LSoundSink LSoundFile::OpenSink(const char* path, const LSoundFileFormat& format) {
+  return OpenSink(path, format, kDefaultRate, kDefaultChannels);
+}
+
+LSoundSource LSoundFile::AdaptSource(LSoundSource source, const LSoundSink& sink) {
+  const int channels = sink.GetChannels();
+  // Fewer channels are made before the rate changes, more after, so the converter does the least work.
+  if (channels < source.GetChannels()) source = LSRCChannelMap::Convert(std::move(source), channels);
+  source = LSRCResample::Convert(std::move(source), sink.GetSampleRate());
+  return LSRCChannelMap::Convert(std::move(source), channels);
+}
+
+LProcessResult LSoundFile::Save(LProcessInterface& process, LSoundSource source, const char* path,
+                                const LSoundFileFormat& format, const char* title) {
+  if (source.IsError()) {
+    process.SetError(Fill(kWriteFailed, path).c_str());
+    return kLProcessFailed;
+  }
+  if (const char* missing = MissingCodec(format)) {
+    process.SetError(LOpenErrorMessage(kLSourceCodecMissing, path, missing).c_str());
+    return kLProcessFailed;
+  }
+  LSoundSink sink = OpenSink(path, format, source.GetSampleRate(), source.GetChannels());
+  if (sink.HasError()) {
+    process.SetError(Fill(kWriteFailed, path).c_str());
+    return kLProcessFailed;
+  }
+  const std::uint32_t rate = sink.GetSampleRate();
+  const std::uint32_t sourceRate = source.GetSampleRate();
+  const long long from = source.GetPositionSample();
+  LSoundSource adapted = AdaptSource(std::move(source), sink);
+  // A converter counts from 0: it is set to where the source stands.
+  if (from != 0 && rate != sourceRate) {
+    adapted.Seek(static_cast<long long>((static_cast<__int128>(from) * rate + sourceRate / 2) / sourceRate));
+  }
+  if (adapted.IsError()) {
+    process.SetError(LOpenErrorMessage(kLSourceCodecMissing, path, kLResampleCodecName).c_str());
+    return kLProcessFailed;
+  }
+  LPRSourceToSink job(title ? title : "", std::move(adapted), std::move(sink), true);
+  const LProcessResult result = Process(process, job);
+  if (result == kLProcessFailed) process.SetError(Fill(kWriteFailed, path).c_str());
+  if (result != kLProcessSuccess) return result;
+  if (format.kind == LSoundFileKind::kWave && !format.tags.Empty() &&
+      LWavTagsWrite(path, format.tags, rate) != LWavTagsResult::Ok) {
+    process.SetError(Fill(kWriteFailed, path).c_str());
+    return kLProcessFailed;
+  }
+  return kLProcessSuccess;
+}

@@ -1,0 +1,123 @@
+#include "engine/resample_source.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+namespace {
+
+// A seekable sine of the given frequency on every channel, channel c shifted by c radians.
+class SineSource final : public LSoundSourceBase {
+public:
+  SineSource(std::uint32_t rate, int channels, double hz, long long frames)
+      : LSoundSourceBase(rate, static_cast<std::uint8_t>(channels)), hz_(hz), frames_(frames) {}
+  void Read(float* out, long long n) override {
+    const int ch = GetChannels();
+    for (long long i = 0; i < n; ++i, ++pos_) {
+      for (int c = 0; c < ch; ++c) {
+        out[i * ch + c] = pos_ >= 0 && pos_ < frames_ ? static_cast<float>(Value(pos_, c)) : 0.0f;
+      }
+    }
+  }
+  double Value(long long f, int c) const { return 0.5 * std::sin(2.0 * M_PI * hz_ * f / GetSampleRate() + c); }
+  long long GetPositionSample() const override { return pos_; }
+  long long GetEndSample() const override { return frames_; }
+  void Seek(long long frame) override { pos_ = frame; }
+
+private:
+  double hz_;
+  long long frames_;
+  long long pos_ = 0;
+};
+
+std::vector<float> ReadAll(LSoundSource& s, long long block) {
+  std::vector<float> all(static_cast<size_t>(s.GetEndSample() * s.GetChannels()));
+  for (long long at = 0; at < s.GetEndSample(); at += block) {
+    long long n = std::min(block, s.GetEndSample() - at);
+    s.Read(all.data() + at * s.GetChannels(), n);
+  }
+  return all;
+}
+
+}  // namespace
+
+#ifdef SONVALE_HAVE_SOXR
+
+TEST(ResampleSource, EndIsTheRoundedScaledLengthAndReadsPastItAreSilent) {
+  LSoundSource s = LSRCResample::Convert(LMakeSource<SineSource>(44100, 1, 440.0, 1001), 48000);
+  EXPECT_EQ(s.GetSampleRate(), 48000u);
+  EXPECT_EQ(s.GetEndSample(), 1090);  // 1089.52
+  LSoundSource t = LSRCResample::Convert(LMakeSource<SineSource>(48000, 2, 440.0, 1000), 44100);
+  EXPECT_EQ(t.GetEndSample(), 919);  // 918.75
+  EXPECT_EQ(t.GetChannels(), 2);
+  std::vector<float> tail(40, 1.0f);
+  t.Seek(900);
+  t.Read(tail.data(), 20);
+  for (size_t i = 38; i < 40; ++i) EXPECT_EQ(tail[i], 0.0f) << i;
+  EXPECT_EQ(t.GetPositionSample(), 920);
+}
+
+TEST(ResampleSource, SineThereAndBackKeepsTheErrorBelowMinus100Decibels) {
+  const long long frames = 48000;
+  LSoundSource there = LSRCResample::Convert(LMakeSource<SineSource>(48000, 1, 1000.0, frames), 44100);
+  LSoundSource back = LSRCResample::Convert(there, 48000);
+  ASSERT_EQ(back.GetEndSample(), frames);
+  std::vector<float> out = ReadAll(back, 4096);
+  SineSource ref(48000, 1, 1000.0, frames);
+  double worst = 0.0;
+  for (long long f = 2000; f < frames - 2000; ++f) worst = std::max(worst, std::fabs(out[f] - ref.Value(f, 0)));
+  EXPECT_LT(20.0 * std::log10(worst / 0.5), -100.0) << worst;
+}
+
+TEST(ResampleSource, OutputIsAlignedWithTheInputInTime) {
+  // Each output frame k must hold the input's value at time k / 44100.
+  LSoundSource s = LSRCResample::Convert(LMakeSource<SineSource>(48000, 2, 1000.0, 24000), 44100);
+  std::vector<float> out = ReadAll(s, 8192);
+  SineSource at44(44100, 2, 1000.0, 22050);
+  double worst = 0.0;
+  for (long long f = 1000; f < 21000; ++f) {
+    for (int c = 0; c < 2; ++c) worst = std::max(worst, std::fabs(out[f * 2 + c] - at44.Value(f, c)));
+  }
+  EXPECT_LT(worst, 1e-5);
+}
+
+TEST(ResampleSource, OddBlocksSeeksAndNegativePositionsGiveTheSameFrames) {
+  LSoundSource whole = LSRCResample::Convert(LMakeSource<SineSource>(48000, 2, 997.0, 100000), 44100);
+  std::vector<float> ref = ReadAll(whole, 100000);
+  LSoundSource odd = LSRCResample::Convert(LMakeSource<SineSource>(48000, 2, 997.0, 100000), 44100);
+  EXPECT_EQ(ReadAll(odd, 234), ref);
+
+  // Seeks backwards and forwards land on the frames that a reading from the start gives.
+  for (long long target : {70000LL, 123LL, 40000LL, 91000LL}) {
+    odd.Seek(target);
+    std::vector<float> got(2 * 500);
+    odd.Read(got.data(), 500);
+    EXPECT_EQ(odd.GetPositionSample(), target + 500);
+    for (size_t i = 0; i < got.size(); ++i) ASSERT_NEAR(got[i], ref[target * 2 + i], 1e-6) << target << " " << i;
+  }
+
+  odd.Seek(-10);
+  std::vector<float> head(2 * 30);
+  odd.Read(head.data(), 30);
+  for (int i = 0; i < 20; ++i) EXPECT_EQ(head[i], 0.0f);
+  for (int i = 20; i < 60; ++i) EXPECT_NEAR(head[i], ref[i - 20], 1e-6);
+}
+
+#else
+
+TEST(ResampleSource, WithoutTheConverterTheSourceAnswersCodecMissing) {
+  LSoundSource s = LSRCResample::Convert(LMakeSource<SineSource>(44100, 1, 440.0, 100), 48000);
+  EXPECT_EQ(s.GetErrorCode(), kLSourceCodecMissing);
+}
+
+#endif
+
+TEST(ResampleSource, SameRateGivesTheInputBackAndAFailedInputFails) {
+  LSoundSource in = LMakeSource<SineSource>(44100, 1, 440.0, 100);
+  LSoundSource same = LSRCResample::Convert(in, 44100);
+  EXPECT_EQ(same.Get(), in.Get());
+  LSoundSource failed = LSRCResample::Convert(LSoundSource::Error(kLSourceDamaged), 44100);
+  EXPECT_TRUE(failed.IsError());
+  EXPECT_EQ(failed.GetEndSample(), 0);
+}

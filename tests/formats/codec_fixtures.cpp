@@ -1,0 +1,126 @@
+#include "codec_fixtures.h"
+
+#include <cctype>
+#include <cmath>
+#include <cstring>
+#include <fstream>
+#include <limits>
+
+#include "wave_fixtures.h"
+
+std::string ShellQuote(const std::string& path) {
+  std::string out = "'";
+  for (char c : path) {
+    if (c == '\'') {
+      out += "'\\''";
+    } else {
+      out += c;
+    }
+  }
+  return out + "'";
+}
+
+bool FFmpegMake(const std::string& arguments) {
+  return RunTool("ffmpeg -nostdin -hide_banner -loglevel error -y " + arguments);
+}
+
+bool FFmpegHasEncoder(const char* name) {
+  // Asked once per run: the list does not change.
+  static const std::string list = [] {
+    std::string text;
+    return RunTool("ffmpeg -hide_banner -encoders", &text) ? text : std::string();
+  }();
+  return list.find(std::string(" ") + name + " ") != std::string::npos;
+}
+
+std::vector<float> FFmpegDecode(const std::string& path, int channels, int rate, const std::string& scratch) {
+  if (!FFmpegMake("-i " + ShellQuote(path) + " -map 0:a:0 -f f32le -ac " + std::to_string(channels) + " -ar " +
+                  std::to_string(rate) + " " + ShellQuote(scratch))) {
+    return {};
+  }
+  Bytes bytes = FileBytes(scratch);
+  std::vector<float> out(bytes.size() / sizeof(float));
+  std::memcpy(out.data(), bytes.data(), out.size() * sizeof(float));
+  return out;
+}
+
+std::map<std::string, std::string> Probe(const std::string& path) {
+  std::string text;
+  std::map<std::string, std::string> out;
+  if (!RunTool("ffprobe -v error -select_streams a:0 -show_entries "
+               "stream=sample_rate,channels,duration_ts,codec_name:stream_tags:format=duration,format_name:format_tags "
+               "-of default=noprint_wrappers=1 " +
+                   ShellQuote(path),
+               &text)) {
+    return out;
+  }
+  size_t at = 0;
+  while (at < text.size()) {
+    size_t nl = text.find('\n', at);
+    if (nl == std::string::npos) nl = text.size();
+    const std::string line = text.substr(at, nl - at);
+    at = nl + 1;
+    const size_t eq = line.find('=');
+    if (eq == std::string::npos) continue;
+    std::string key = line.substr(0, eq);
+    if (key.rfind("TAG:", 0) == 0) {
+      key = "tag:" + key.substr(4);
+      for (char& c : key) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    // The first value wins: the stream's fields come before the container's.
+    out.emplace(key, line.substr(eq + 1));
+  }
+  return out;
+}
+
+std::vector<float> ReadWhole(LSoundSource& source, long long block) {
+  source.Seek(0);
+  return ReadFrames(source, source.GetEndSample(), block);
+}
+
+double MaxDifference(const std::vector<float>& a, const std::vector<float>& b) {
+  if (a.size() != b.size()) return std::numeric_limits<double>::infinity();
+  double worst = 0.0;
+  for (size_t i = 0; i < a.size(); ++i) worst = std::max(worst, std::fabs(static_cast<double>(a[i]) - b[i]));
+  return worst;
+}
+
+std::vector<float> SineFrames(long long frames, int channels, int rate, double hz, double peak) {
+  std::vector<float> out(static_cast<size_t>(frames * channels));
+  for (long long f = 0; f < frames; ++f) {
+    for (int c = 0; c < channels; ++c) {
+      out[static_cast<size_t>(f * channels + c)] = static_cast<float>(peak * std::sin(2.0 * M_PI * hz * f / rate + c));
+    }
+  }
+  return out;
+}
+
+namespace {
+
+class MemoryFrames final : public LSoundSourceBase {
+public:
+  MemoryFrames(std::vector<float> frames, int channels, unsigned rate)
+      : LSoundSourceBase(rate, static_cast<std::uint8_t>(channels)), frames_(std::move(frames)) {}
+  void Read(float* out, long long n) override {
+    const int ch = GetChannels();
+    const long long end = GetEndSample();
+    for (long long i = 0; i < n; ++i, ++pos_) {
+      for (int c = 0; c < ch; ++c) {
+        out[i * ch + c] = pos_ >= 0 && pos_ < end ? frames_[static_cast<size_t>(pos_ * ch + c)] : 0.0f;
+      }
+    }
+  }
+  long long GetPositionSample() const override { return pos_; }
+  long long GetEndSample() const override { return static_cast<long long>(frames_.size()) / GetChannels(); }
+  void Seek(long long frame) override { pos_ = frame; }
+
+private:
+  std::vector<float> frames_;
+  long long pos_ = 0;
+};
+
+}  // namespace
+
+LSoundSource MemorySource(std::vector<float> frames, int channels, unsigned rate) {
+  return LMakeSource<MemoryFrames>(std::move(frames), channels, rate);
+}

@@ -1,0 +1,287 @@
+#include "formats/ffmpeg_source.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+
+#include "base/memory_stream.h"
+#include "codec_fixtures.h"
+#include "support/temp_folder.h"
+#include "wave_fixtures.h"
+
+#ifdef SONVALE_HAVE_FFMPEG
+
+namespace {
+
+struct DecodeCase {
+  const char* name;
+  const char* file;
+  const char* encoder;  // checked before the file is made; nullptr for a stock one
+  const char* arguments;
+  int rate;
+  int channels;
+  bool video;
+  // Frames after a seek differ from a reading from the start by at most this:
+  // 0 for lossless formats; lossy decoders settle within their pre-roll but not
+  // always to the last bit (AAC's noise substitution draws random numbers; GSM and
+  // Speex keep integer and predictor state that never quite meets again).
+  double seekTolerance;
+};
+
+void PrintTo(const DecodeCase& c, std::ostream* os) { *os << c.name; }
+
+// Two channels that differ, so that a swap shows.
+std::string StereoInput(int rate) {
+  return "-f lavfi -i \"aevalsrc=0.5*sin(2*PI*440*t)|0.3*sin(2*PI*660*t+1):s=" + std::to_string(rate) + ":d=6\"";
+}
+std::string MonoInput(int rate) {
+  return "-f lavfi -i \"aevalsrc=0.5*sin(2*PI*440*t):s=" + std::to_string(rate) + ":d=6\"";
+}
+// The largest difference between frames read after a seek to at and those of a reading from the start.
+double Mismatch(const std::vector<float>& got, const std::vector<float>& whole, long long at, int channels) {
+  double worst = 0.0;
+  for (size_t i = 0; i < got.size(); ++i) {
+    const long long k = at * channels + static_cast<long long>(i);
+    const float want = k >= 0 && k < static_cast<long long>(whole.size()) ? whole[k] : 0.0f;
+    worst = std::max(worst, static_cast<double>(std::fabs(got[i] - want)));
+  }
+  return worst;
+}
+
+const char* kVideo = "-f lavfi -i testsrc=size=64x48:rate=10:d=6 ";
+
+class FFmpegDecodes : public ::testing::TestWithParam<DecodeCase> {};
+
+}  // namespace
+
+TEST_P(FFmpegDecodes, TheSameFramesAsFFmpegInAnyBlocksAndAfterSeeks) {
+  const DecodeCase& c = GetParam();
+  if (!HaveTool("ffmpeg")) GTEST_SKIP() << "ffmpeg is not installed";
+  if (c.encoder && !FFmpegHasEncoder(c.encoder)) GTEST_SKIP() << "this ffmpeg has no encoder " << c.encoder;
+  TempFolder folder;
+  const std::string path = folder.File(c.file);
+  if (std::strncmp(c.arguments, "sox ", 4) == 0) {
+    // Made by sox where this ffmpeg has no encoder.
+    if (!HaveTool("sox") || !RunTool(std::string(c.arguments) + " " + ShellQuote(path) + " synth 6 sine 440 vol 0.5")) {
+      GTEST_SKIP() << "sox cannot write " << c.name;
+    }
+  } else {
+    const std::string input = c.channels == 1 ? MonoInput(c.rate) : StereoInput(c.rate);
+    ASSERT_TRUE(FFmpegMake((c.video ? kVideo : "") + input + " " + c.arguments + " " + ShellQuote(path)));
+  }
+
+  LSoundFileInfo info;
+  LSoundSource source = LFFmpegSource::Open(path.c_str(), &info);
+  ASSERT_FALSE(source.IsError()) << int(source.GetErrorCode());
+  EXPECT_EQ(source.GetSampleRate(), static_cast<unsigned>(c.rate));
+  EXPECT_EQ(source.GetChannels(), c.channels);
+  EXPECT_FALSE(source.IsStreaming());
+  EXPECT_EQ(info.hasVideo, c.video);
+  EXPECT_FALSE(info.formatName.empty());
+  EXPECT_FALSE(info.codecName.empty());
+
+  const std::vector<float> judge = FFmpegDecode(path, c.channels, c.rate, folder.File("judge.raw"));
+  ASSERT_FALSE(judge.empty());
+  EXPECT_EQ(source.GetEndSample(), static_cast<long long>(judge.size()) / c.channels);
+  const std::vector<float> whole = ReadWhole(source);
+  EXPECT_LT(MaxDifference(whole, judge), 1e-6);
+  EXPECT_EQ(ReadWhole(source, 234), whole);
+
+  const long long end = source.GetEndSample();
+  for (long long target : {end - 700, end / 5, end * 3 / 5, 3LL, end / 2, end / 2 - 1}) {
+    source.Seek(target);
+    const std::vector<float> got = ReadFrames(source, 1000);
+    EXPECT_EQ(source.GetPositionSample(), target + 1000);
+    const double here = Mismatch(got, whole, target, c.channels);
+    EXPECT_LE(here, c.seekTolerance) << "after a seek to " << target;
+    // Where decoders do not settle to the last bit the frames must still be the best fit.
+    for (long long shift = -16; shift <= 16; ++shift) {
+      if (shift == 0) continue;
+      EXPECT_LT(here, Mismatch(got, whole, target + shift, c.channels)) << target << " shifted by " << shift;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Formats, FFmpegDecodes,
+    ::testing::Values(
+        DecodeCase{"mp3", "a.mp3", "libmp3lame", "-c:a libmp3lame -b:a 128k", 44100, 2, false, 1e-4},
+        DecodeCase{"flac", "a.flac", nullptr, "-c:a flac", 44100, 2, false, 0.0},
+        DecodeCase{"vorbis", "a.ogg", "libvorbis", "-c:a libvorbis", 44100, 2, false, 1e-4},
+        DecodeCase{"opus", "a.opus", "libopus", "-c:a libopus", 48000, 2, false, 1e-3},
+        DecodeCase{"aac", "a.m4a", nullptr, "-c:a aac", 44100, 2, false, 1e-2},
+        DecodeCase{"wma", "a.wma", nullptr, "-c:a wmav2", 44100, 2, false, 1e-4},
+        DecodeCase{"amr", "a.amr", nullptr, "sox -n -r 8000 -c 1 -t amr-nb", 8000, 1, false, 0.1},
+        DecodeCase{"gsm", "a.gsm", "libgsm", "-c:a libgsm", 8000, 1, false, 2e-2},
+        DecodeCase{"speex", "a.spx", "libspeex", "-c:a libspeex", 16000, 1, false, 0.1},
+        DecodeCase{"au", "a.au", nullptr, "", 22050, 2, false, 0.0},
+        DecodeCase{"caf", "a.caf", nullptr, "", 44100, 2, false, 0.0},
+        DecodeCase{"w64", "a.w64", nullptr, "-c:a pcm_s24le", 48000, 2, false, 0.0},
+        DecodeCase{"rf64", "a.wav", nullptr, "-rf64 always", 44100, 2, false, 0.0},
+        DecodeCase{"mp4", "v.mp4", nullptr, "-c:v mpeg4 -c:a aac -shortest", 44100, 2, true, 1e-2},
+        DecodeCase{"mkv", "v.mkv", "libvorbis", "-c:v mpeg4 -c:a libvorbis -shortest", 44100, 2, true, 1e-4},
+        DecodeCase{"webm", "v.webm", "libopus", "-c:v libvpx -c:a libopus -shortest", 48000, 2, true, 1e-3}),
+    [](const ::testing::TestParamInfo<DecodeCase>& i) { return std::string(i.param.name); });
+
+#endif
+
+#ifdef SONVALE_HAVE_FFMPEG
+
+namespace {
+
+// Reads a source whole, in blocks, and with seeks; every value must be a number.
+void ReadEverywhere(LSoundSource& source, const std::string& what) {
+  const long long end = source.GetEndSample();
+  std::vector<float> block(static_cast<size_t>(4096 * source.GetChannels()));
+  bool finite = true;
+  for (long long at = 0; at < end; at += 4096) {
+    source.Read(block.data(), 4096);
+    for (float v : block) finite = finite && std::isfinite(v);
+  }
+  for (long long target : {end / 2, end / 3, 0LL, end - 1, end + 100}) {
+    source.Seek(target);
+    source.Read(block.data(), 1000);
+    for (size_t i = 0; i < 1000u * source.GetChannels(); ++i) finite = finite && std::isfinite(block[i]);
+  }
+  EXPECT_TRUE(finite) << what;
+}
+
+}  // namespace
+
+TEST(FFmpegSource, DamagedFilesReadAsFarAsTheyGoOrFailWithACode) {
+  if (!HaveTool("ffmpeg")) GTEST_SKIP() << "ffmpeg is not installed";
+  TempFolder folder;
+  struct Made {
+    const char* file;
+    const char* arguments;
+  };
+  const Made made[] = {{"d.mp3", "-c:a libmp3lame"}, {"d.flac", "-c:a flac"}, {"d.ogg", "-c:a libvorbis"},
+                       {"d.opus", "-c:a libopus"},   {"d.m4a", "-c:a aac"},   {"d.wma", "-c:a wmav2"}};
+  const int descriptors = OpenDescriptorCount();
+  for (const Made& m : made) {
+    const std::string path = folder.File(m.file);
+    if (!FFmpegMake(StereoInput(44100) + " -t 2 " + m.arguments + " " + ShellQuote(path))) continue;
+    const Bytes whole = FileBytes(path);
+    ASSERT_GT(whole.size(), 1000u);
+    std::vector<std::pair<std::string, Bytes>> variants;
+    variants.push_back({"half", Bytes(whole.begin(), whole.begin() + static_cast<long>(whole.size() / 2))});
+    variants.push_back({"head", Bytes(whole.begin(), whole.begin() + 200)});
+    Bytes flipped = whole;
+    for (size_t i = 300; i < flipped.size(); i += 97) flipped[i] ^= 0xFF;
+    variants.push_back({"flipped", flipped});
+    Bytes holed = whole;
+    std::fill(holed.begin() + static_cast<long>(holed.size() / 3), holed.begin() + static_cast<long>(holed.size() / 2),
+              0);
+    variants.push_back({"holed", holed});
+    Bytes headerless(whole.begin() + 64, whole.end());
+    variants.push_back({"headerless", headerless});
+    for (const auto& [name, bytes] : variants) {
+      const std::string what = std::string(m.file) + " " + name;
+      LSoundSource s = LFFmpegSource::Open(std::make_unique<LMemoryStream>(bytes), m.file);
+      if (s.IsError()) {
+        const unsigned char code = s.GetErrorCode();
+        EXPECT_TRUE(code == kLSourceDamaged || code == kLSourceUnsupported) << what << " " << int(code);
+        continue;
+      }
+      EXPECT_GT(s.GetSampleRate(), 0u) << what;
+      ReadEverywhere(s, what);
+    }
+  }
+  EXPECT_EQ(OpenDescriptorCount(), descriptors);
+}
+
+TEST(FFmpegSource, TagsAndChaptersComeWithTheInfoAndMemoryReadsLikeTheFile) {
+  if (!HaveTool("ffmpeg")) GTEST_SKIP() << "ffmpeg is not installed";
+  TempFolder folder;
+  const std::string meta = folder.File("meta.txt");
+  const std::string text =
+      ";FFMETADATA1\ntitle=Hörbuch\nartist=Erzählerin\n[CHAPTER]\nTIMEBASE=1/1000\nSTART=0\nEND=500\ntitle=Eins\n"
+      "[CHAPTER]\nTIMEBASE=1/1000\nSTART=500\nEND=1000\ntitle=Zwei\n";
+  WriteFileBytes(meta, Bytes(text.begin(), text.end()));
+  const std::string path = folder.File("kapitel.mka");
+  ASSERT_TRUE(FFmpegMake(MonoInput(44100) + " -i " + ShellQuote(meta) + " -map 0 -map_metadata 1 -t 1 -c:a flac " +
+                         ShellQuote(path)));
+  LSoundFileInfo info;
+  LSoundSource s = LFFmpegSource::Open(path.c_str(), &info);
+  ASSERT_FALSE(s.IsError());
+  EXPECT_EQ(info.formatName, "matroska,webm");
+  EXPECT_EQ(info.codecName, "flac");
+  EXPECT_FALSE(info.hasVideo);
+  EXPECT_STREQ(info.tags.Get("TITLE"), "Hörbuch");
+  EXPECT_STREQ(info.tags.Get("ARTIST"), "Erzählerin");
+  ASSERT_EQ(info.chapters.size(), 2u);
+  EXPECT_EQ(info.chapters[1].start, 22050);
+  EXPECT_EQ(info.chapters[1].end, 44100);
+  EXPECT_EQ(info.chapters[1].title, "Zwei");
+
+  const Bytes bytes = FileBytes(path);
+  LSoundSource memory = LFFmpegSource::Open(std::make_unique<LMemoryStream>(bytes), "");
+  ASSERT_FALSE(memory.IsError());
+  EXPECT_EQ(ReadWhole(memory, 1000), ReadWhole(s, 777));
+}
+
+TEST(FFmpegSource, MissingAndUnreadableFilesGiveTheirCodes) {
+  TempFolder folder;
+  EXPECT_EQ(LFFmpegSource::Open(folder.File("nichts.mp3").c_str()).GetErrorCode(), kLSourceCannotOpen);
+  EXPECT_EQ(LFFmpegSource::Open(std::make_unique<LMemoryStream>(Bytes(5000, 0x33)), "x.bin").GetErrorCode(),
+            kLSourceUnsupported);
+  EXPECT_EQ(LFFmpegSource::Open(std::make_unique<LMemoryStream>(Bytes()), "leer.mp3").GetErrorCode(),
+            kLSourceUnsupported);
+}
+
+#endif
+
+#ifdef SONVALE_HAVE_FFMPEG
+
+TEST(FFmpegSource, RF64FilesAbove4GBReadToTheirEnd) {
+  // RF64 as other programs write it: the sizes in a ds64 chunk, 5 GB of 16-bit
+  // stereo, held sparsely; a staircase lies beyond the 4 GB mark.
+  const long long dataBytes = 5000000000LL;
+  const long long frames = dataBytes / 4;
+  Bytes header;
+  auto put = [&](const char* id) {
+    for (int i = 0; i < 4; ++i) header.push_back(static_cast<unsigned char>(id[i]));
+  };
+  auto put32 = [&](std::uint32_t v) { PutLE32(header, v); };
+  auto put64 = [&](std::uint64_t v) {
+    put32(static_cast<std::uint32_t>(v));
+    put32(static_cast<std::uint32_t>(v >> 32));
+  };
+  put("RF64");
+  put32(0xFFFFFFFFu);
+  put("WAVE");
+  put("ds64");
+  put32(28);
+  put64(static_cast<std::uint64_t>(dataBytes) + 72);
+  put64(static_cast<std::uint64_t>(dataBytes));
+  put64(static_cast<std::uint64_t>(frames));
+  put32(0);
+  put("fmt ");
+  put32(16);
+  const Bytes fmt = FmtBody(1, 2, 48000, 16, 4);
+  header.insert(header.end(), fmt.begin(), fmt.end());
+  put("data");
+  put32(0xFFFFFFFFu);
+  SparseStream big;
+  ASSERT_TRUE(big.WriteAll(header.data(), static_cast<long long>(header.size())));
+  const long long stairAt = frames - 100000;  // frame 1,249,900,000: byte 4,999,600,000 of the data
+  const Bytes stairs = Staircase16(1000, 2);
+  ASSERT_TRUE(big.Seek(static_cast<long long>(header.size()) + stairAt * 4));
+  ASSERT_TRUE(big.WriteAll(stairs.data(), static_cast<long long>(stairs.size())));
+  const unsigned char last = 0;
+  ASSERT_TRUE(big.Seek(static_cast<long long>(header.size()) + dataBytes - 1));
+  ASSERT_TRUE(big.WriteAll(&last, 1));
+
+  LSoundFileInfo info;
+  LSoundSource s = LFFmpegSource::Open(std::make_unique<SparseStream>(big), "gross.wav", &info);
+  ASSERT_FALSE(s.IsError()) << int(s.GetErrorCode());
+  EXPECT_EQ(s.GetEndSample(), frames);
+  EXPECT_EQ(s.GetChannels(), 2);
+  s.Seek(stairAt - 10);
+  const std::vector<float> got = ReadFrames(s, 1010);
+  for (int i = 0; i < 20; ++i) EXPECT_EQ(got[i], 0.0f);
+  for (int i = 0; i < 2000; ++i) ASSERT_EQ(got[20 + i], static_cast<float>(i) / 32768.0f) << i;
+}
+
+#endif
