@@ -1,0 +1,159 @@
+#include "app/edit_commands.h"
+
+#include <functional>
+
+#include "app/core_utils.h"
+#include "app/cut_list_load.h"
+#include "app/ef_auto_trim.h"
+#include "app/ef_convert_channels.h"
+#include "app/ef_envelope.h"
+#include "app/ef_insert_cut_list.h"
+#include "app/ef_insert_silence.h"
+#include "app/file.h"
+#include "app/main_dialog.h"
+
+namespace {
+
+using Step = std::function<void(SVFile&)>;
+
+bool CanEdit(const SVFileGUI* window) { return window && window->File() && !window->IsClosing(); }
+
+void ScopeApply(SVFile& file, SVEditScope scope) {
+  SVSelection& selection = file.Selection();
+  const long long length = file.CutList().GetLength();
+  switch (scope) {
+    case SVEditScope::kSelectionOrWhole:
+      if (selection.IsEmpty()) selection = SVSelection{0, length};
+      break;
+    case SVEditScope::kReplaceSelection:
+      selection = selection.IsEmpty() ? SVSelection{file.Cursor(), file.Cursor()}
+                                      : SVSelection{selection.start, selection.end};
+      break;
+    case SVEditScope::kInsertPoint: {
+      const long long at = selection.IsEmpty() ? file.Cursor() : selection.start;
+      selection = SVSelection{at, at};
+      break;
+    }
+    case SVEditScope::kWhole:
+      selection = SVSelection{0, length};
+      break;
+  }
+}
+
+// Bookmarks follow the audio after the selection; those in a part that went are removed.
+void BookmarksFollow(SVFile& file, const SVSelection& applied, long long delta) {
+  if (delta > 0) file.OffsetBookmarks(applied.end, delta);
+  if (delta < 0) file.OffsetBookmarks(applied.end + delta, delta);
+}
+
+int RunSteps(SVFileGUI* window, SVEfCutListProcess& effect, SVEditScope scope, bool channelEdit,
+             const Step& prepare, const Step& finish) {
+  if (!CanEdit(window)) return kLProcessFailed;
+  SVFile& file = *window->File();
+  if (&effect.CutList() != &file.CutList() || &effect.Selection() != &file.Selection()) return kLProcessFailed;
+
+  if (!SVCoreUtils::StartModifyFile(window, effect.GetEffectName(), channelEdit)) return kLProcessCancelled;
+  const SVSelection before = file.Selection();
+  const std::uint32_t rate = file.CutList().GetSampleRate();
+  const std::uint8_t channels = file.CutList().GetChannels();
+  ScopeApply(file, scope);
+  if (prepare) prepare(file);
+  const SVSelection applied = file.Selection();
+  const long long lengthBefore = file.CutList().GetLength();
+
+  SVFrontEnd& view = window->Manager().FrontEnd();
+  const LProcessResult result = view.RunProcess(effect.GetEffectName(), [&effect](LProcessInterface& process) {
+    return static_cast<LProcessResult>(effect.ProcessAndInsertCutList(process));
+  });
+  if (result != kLProcessSuccess) {
+    // The audio was not touched: put back what was set up for it and drop the
+    // snapshot. (A roll-back by Undo would also drop the entry before it.)
+    file.Selection() = before;
+    file.CutList().SetFormat(rate, channels);
+    SVCoreUtils::CancelModifyFile(window);
+    return result;
+  }
+  BookmarksFollow(file, applied, file.CutList().GetLength() - lengthBefore);
+  if (finish) finish(file);
+  if (SVCoreUtils::EndModifyFile(window)) return kLProcessSuccess;
+  // The commit was declined after the audio changed: roll back as LFileModifier does.
+  (void)SVCoreUtils::CmUndo(window);
+  SVCoreUtils::CancelModifyFile(window);
+  return kLProcessCancelled;
+}
+
+// An empty document takes the format of the audio put into it.
+Step AdoptFormatOf(const LCutListAudio& clip) {
+  return [&clip](SVFile& file) {
+    if (file.CutList().IsEmpty() && !clip.IsEmpty()) file.CutList().SetFormat(clip.GetSampleRate(), clip.GetChannels());
+  };
+}
+
+}  // namespace
+
+int SVEditCommands::Run(SVFileGUI* window, SVEfCutListProcess& effect, SVEditScope scope, bool channelEdit) {
+  return RunSteps(window, effect, scope, channelEdit, nullptr, nullptr);
+}
+
+int SVEditCommands::InsertClip(SVFileGUI* window, const LCutListAudio& clip) {
+  if (!CanEdit(window)) return kLProcessFailed;
+  SVFile& file = *window->File();
+  SVEfInsertCutList effect(file.CutList(), file.Selection(), clip, kSVInsertClipLabel);
+  return RunSteps(window, effect, SVEditScope::kReplaceSelection, true, AdoptFormatOf(clip), nullptr);
+}
+
+int SVEditCommands::InsertSilence(SVFileGUI* window, long long frames) {
+  if (!CanEdit(window) || frames <= 0) return kLProcessFailed;
+  SVFile& file = *window->File();
+  SVEfInsertSilence effect(file.CutList(), file.Selection(), frames);
+  return Run(window, effect, SVEditScope::kInsertPoint);
+}
+
+int SVEditCommands::InsertFile(SVFileGUI* window, const char* path) {
+  if (!CanEdit(window) || !path || !*path) return kLProcessFailed;
+  LCutListAudio clip;
+  const LProcessResult loaded = window->Manager().FrontEnd().RunProcess(
+      kSVLoadTitle, [&](LProcessInterface& process) { return SVCutListLoadFile(process, path, clip); });
+  if (loaded != kLProcessSuccess) return loaded;
+  SVFile& file = *window->File();
+  SVEfInsertCutList effect(file.CutList(), file.Selection(), clip, kSVInsertFileLabel);
+  return RunSteps(window, effect, SVEditScope::kReplaceSelection, true, AdoptFormatOf(clip), nullptr);
+}
+
+int SVEditCommands::FadeIn(SVFileGUI* window) {
+  if (!CanEdit(window)) return kLProcessFailed;
+  SVFile& file = *window->File();
+  SVEfEnvelope effect(file.CutList(), file.Selection(), SVEfEnvelope::FadeIn());
+  return Run(window, effect);
+}
+
+int SVEditCommands::FadeOut(SVFileGUI* window) {
+  if (!CanEdit(window)) return kLProcessFailed;
+  SVFile& file = *window->File();
+  SVEfEnvelope effect(file.CutList(), file.Selection(), SVEfEnvelope::FadeOut());
+  return Run(window, effect);
+}
+
+int SVEditCommands::Normalize(SVFileGUI* window, double targetDb) {
+  if (!CanEdit(window)) return kLProcessFailed;
+  SVFile& file = *window->File();
+  SVEfNormalize effect(file.CutList(), file.Selection(), targetDb);
+  return Run(window, effect);
+}
+
+int SVEditCommands::ConvertChannels(SVFileGUI* window, int channels) {
+  if (!CanEdit(window)) return kLProcessFailed;
+  SVFile& file = *window->File();
+  SVEfConvertChannels effect(file.CutList(), file.Selection(), channels);
+  const Step setFormat = [channels](SVFile& f) {
+    f.CutList().SetFormat(f.CutList().GetSampleRate(), static_cast<std::uint8_t>(channels));
+  };
+  return RunSteps(window, effect, SVEditScope::kWhole, false, nullptr, setFormat);
+}
+
+int SVEditCommands::TrimStartAndEnd(SVFileGUI* window) {
+  if (!CanEdit(window)) return kLProcessFailed;
+  SVFile& file = *window->File();
+  SVEfAutoTrim effect(file.CutList(), file.Selection(), true);
+  return Run(window, effect, SVEditScope::kWhole);
+}

@@ -1,0 +1,223 @@
+#include "app/file.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <iterator>
+
+#include "app/app_settings.h"
+#include "base/platform_file.h"
+#include "base/user_settings.h"
+
+namespace {
+
+// Local short date and time of now: "dd.mm.yyyy HH:MM:SS".
+void TimeStampWrite(char* out, std::size_t size) {
+  std::time_t now = std::time(nullptr);
+  std::tm local {};
+  char date[32] = {};
+  char time[32] = {};
+  if (localtime_r(&now, &local)) {
+    std::strftime(date, sizeof date, "%d.%m.%Y", &local);
+    std::strftime(time, sizeof time, "%H:%M:%S", &local);
+  }
+  std::snprintf(out, size, "%s %s", date, time);
+}
+
+}  // namespace
+
+SVFile::SVFile(const LCutListAudio& list) : cutList_(list) {}
+
+SVFile::SVFile(const char* path, const LCutListAudio& list) : cutList_(list) {
+  PathSet(path);
+  FileTimeModifiedUpdate();
+}
+
+void SVFile::PathSet(const char* path) { std::snprintf(path_, sizeof path_, "%s", path ? path : ""); }
+
+const char* SVFile::FileName() const {
+  const char* slash = std::strrchr(path_, '/');
+  return slash ? slash + 1 : path_;
+}
+
+void SVFile::LiveToEntry(unsigned long index) {
+  SVFileUndo& entry = ring_[index];
+  entry.cutList = cutList_;
+  entry.modified = modified_;
+  entry.changed = changed_;
+  entry.selection = selection_;
+  entry.cursor = cursor_;
+  entry.bookmarks = bookmarks_;
+  LCountedPtr<SVRegionList> regions = regions_.lock();
+  if (regions)
+    entry.regions = *regions;
+  else
+    entry.regions.clear();
+  entry.view = view_;
+  entry.selection.CollapseIfEmpty(entry.cursor);
+}
+
+void SVFile::SaveForUndo(const char* description) {
+  const unsigned long k = UndoIndexNext(undoCurrent_);
+  undoCurrent_ = k;
+  LiveToEntry(k);
+  SVFileUndo& entry = ring_[k];
+  std::snprintf(entry.description, sizeof entry.description, "%s", description ? description : "");
+  TimeStampWrite(entry.timeStamp, sizeof entry.timeStamp);
+  ring_[UndoIndexNext(k)].Clear();
+  ring_[UndoIndexNext(UndoIndexNext(k))].Clear();
+  if (!ring_[undoOldest_].IsUsed()) undoOldest_ = UndoIndexNext(undoOldest_);
+}
+
+void SVFile::UndoRedoApply(unsigned long index, bool regionsToProject) {
+  const SVFileUndo& entry = ring_[index & (kSVUndoRingSize - 1)];
+  FlagsSet();
+  cutList_ = entry.cutList;
+  modified_ = entry.modified;
+  changed_ = entry.changed;
+  selection_ = entry.selection;
+  cursor_ = entry.cursor;
+  view_ = entry.view;
+  selection_.CollapseIfEmpty(cursor_);
+  bookmarks_ = entry.bookmarks;
+  if (regionsToProject) {
+    if (LCountedPtr<SVRegionList> regions = regions_.lock()) *regions = entry.regions;
+  }
+}
+
+bool SVFile::IsUndoAvailable() const { return ring_[UndoIndexPrev(undoCurrent_)].IsUsed(); }
+
+bool SVFile::IsRedoAvailable() const { return ring_[(undoCurrent_ + 2) & (kSVUndoRingSize - 1)].IsUsed(); }
+
+bool SVFile::Undo() {
+  if (!IsUndoAvailable()) return false;
+  if (!ring_[UndoIndexNext(undoCurrent_)].IsUsed()) {
+    // Keep the present state so that Redo can come back to it.
+    SaveForUndo(kSVUndoLabelRedo);
+    undoCurrent_ = UndoIndexPrev(undoCurrent_);
+  }
+  UndoRedoApply(undoCurrent_, true);
+  undoCurrent_ = UndoIndexPrev(undoCurrent_);
+  if (!ring_[undoOldest_].IsUsed()) undoOldest_ = UndoIndexNext(undoOldest_);
+  return true;
+}
+
+bool SVFile::Redo() {
+  if (!IsRedoAvailable()) return false;
+  UndoRedoApply((undoCurrent_ + 2) & (kSVUndoRingSize - 1), true);
+  undoCurrent_ = UndoIndexNext(undoCurrent_);
+  if (!ring_[undoOldest_].IsUsed()) undoOldest_ = UndoIndexNext(undoOldest_);
+  return true;
+}
+
+void SVFile::UndoEntryDrop() {
+  ring_[undoCurrent_].Clear();
+  ring_[UndoIndexNext(undoCurrent_)].Clear();
+  undoCurrent_ = UndoIndexPrev(undoCurrent_);
+}
+
+void SVFile::SetFileClean() {
+  modified_ = false;
+  for (SVFileUndo& entry : ring_) entry.modified = true;
+  // The next edit's snapshot goes there and will hold the saved state.
+  const unsigned long next = UndoIndexNext(undoCurrent_);
+  ring_[next].modified = false;
+  lastSave_ = next;
+}
+
+bool SVFile::IsUndoLastSaveAvailable() {
+  // Deliberately not wrapped: a save at index 31 wrote 0, so this does not
+  // match and the steps below decide.
+  if (lastSave_ == undoCurrent_ + 1) return false;
+  if (lastSave_ != kSVUndoIndexUnknown && ring_[lastSave_].IsUsed()) return true;
+  if (!IsUndoAvailable()) return false;
+  // The base entry of a loaded document was taken clean, so the walk finds one;
+  // the bound only keeps a document that was never clean from spinning forever.
+  unsigned long index = undoCurrent_;
+  for (unsigned long steps = 0; ring_[index].modified; ++steps) {
+    if (steps == kSVUndoRingSize) return false;
+    index = UndoIndexPrev(index);
+  }
+  lastSave_ = index;
+  return true;
+}
+
+bool SVFile::UndoLastSave() {
+  if (!IsUndoLastSaveAvailable()) return false;
+  const unsigned long s = lastSave_;
+  const unsigned long before = UndoIndexPrev(s);
+  LiveToEntry(before);
+  SVFileUndo& entry = ring_[before];
+  std::snprintf(entry.description, sizeof entry.description, "%s", kSVUndoLabelRevert);
+  TimeStampWrite(entry.timeStamp, sizeof entry.timeStamp);
+  // Freeing both neighbours makes the revert final: neither Undo nor Redo finds an entry.
+  ring_[UndoIndexPrev(before)].Clear();
+  ring_[UndoIndexNext(s)].Clear();
+  ring_[UndoIndexNext(UndoIndexNext(s))].Clear();
+  UndoRedoApply(s, true);
+  undoCurrent_ = before;
+  return true;
+}
+
+void SVFile::AddBookmark(const char* name, long long position) {
+  LSVBookmark bookmark;
+  bookmark.NameSet(name);
+  bookmark.SourceFileNameSet(FileName());
+  bookmark.enabled = 1;
+  bookmark.creationTime = std::time(nullptr);
+  std::int32_t largest = 0;
+  for (const LSVBookmark& other : bookmarks_) largest = std::max(largest, other.identifier);
+  bookmark.identifier = largest + 1;
+  bookmark.sampleRate = static_cast<std::int32_t>(cutList_.GetSampleRate());
+  bookmark.PositionSet(position);
+  auto it = bookmarks_.begin();
+  while (it != bookmarks_.end() && it->position <= position) ++it;
+  bookmarks_.insert(it, std::move(bookmark));
+  FlagsSet();
+}
+
+bool SVFile::DeleteBookmark(const char* name) {
+  for (auto it = bookmarks_.begin(); it != bookmarks_.end(); ++it) {
+    if (std::strcmp(it->name, name ? name : "") == 0) {
+      bookmarks_.erase(it);
+      return true;
+    }
+  }
+  return false;
+}
+
+void SVFile::OffsetBookmarks(long long from, long long delta) {
+  for (auto it = bookmarks_.begin(); it != bookmarks_.end();) {
+    if (it->position < from) {
+      ++it;
+    } else if (delta < 0 && it->position < from - delta) {
+      it = bookmarks_.erase(it);
+    } else {
+      it->PositionSet(it->position + delta);
+      ++it;
+    }
+  }
+}
+
+bool SVFile::FileTimeModifiedUpdate() {
+  if (LUserSettings::Instance().Get(kLSettingsDomain, kSVSettingsSection, kSVSettingFileModAlert) == "0")
+    return false;
+  LFileDetails details;
+  const long long time = path_[0] != '\0' && LFileDetailsGet(path_, &details) ? details.modTime : 0;
+  timeRecorded_ = time;
+  timeLastSeen_ = time;
+  return true;
+}
+
+bool SVFile::TestForFileModifications() {
+  // With the check switched off nothing was recorded, so nothing is reported either.
+  if (LUserSettings::Instance().Get(kLSettingsDomain, kSVSettingsSection, kSVSettingFileModAlert) == "0")
+    return false;
+  LFileDetails details;
+  if (path_[0] == '\0' || !LFileDetailsGet(path_, &details)) return false;
+  const long long time = details.modTime;
+  if (time == 0 || time == timeLastSeen_) return false;
+  timeLastSeen_ = time;
+  return time != timeRecorded_;
+}

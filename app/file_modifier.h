@@ -1,0 +1,39 @@
+#pragma once
+// LFileModifier: the modification protocol as a scope guard, for edits with
+// early exits. Start takes the snapshot; Commit ends the edit; leaving the
+// scope started but not committed undoes to the snapshot and drops it, so an
+// edit that failed half way leaves the document as it was.
+//
+//   LFileModifier modifier(window);
+//   if (!modifier.Start("Löschen")) return;
+//   ... change the cut list, return on failure ...
+//   modifier.Commit();
+#include "app/file_gui.h"
+#include "app/window_manager.h"
+
+class LFileModifier {
+public:
+  // Edits window.
+  explicit LFileModifier(SVFileGUI* window) : window_(window) {}
+  // Edits the current window of manager (looked up at Start).
+  explicit LFileModifier(SVWindowManager& manager) : manager_(&manager) {}
+  ~LFileModifier();
+  LFileModifier(const LFileModifier&) = delete;
+  LFileModifier& operator=(const LFileModifier&) = delete;
+
+  // SVCoreUtils::StartModifyFile; true when the edit may go ahead.
+  [[nodiscard]] bool Start(const char* description, bool channelEdit = true);
+  // SVCoreUtils::EndModifyFile; its answer is also kept: false means the guard
+  // will roll the edit back.
+  bool Commit();
+
+  [[nodiscard]] bool IsStarted() const { return started_; }
+  [[nodiscard]] bool IsCommitted() const { return committed_; }
+  [[nodiscard]] SVFileGUI* Window() const { return window_; }
+
+private:
+  SVWindowManager* manager_ = nullptr;
+  SVFileGUI* window_ = nullptr;
+  bool started_ = false;
+  bool committed_ = false;
+};

@@ -1,0 +1,72 @@
+#include "app/text_to_speech.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <mutex>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "base/platform_file.h"
+
+extern char** environ;
+
+namespace {
+
+constexpr const char* kProgramName = "espeak-ng";
+// The voice matches the language of the program's texts.
+constexpr const char* kVoice = "de";
+
+std::mutex gMutex;
+LStringLong gProgram;
+
+bool IsExecutable(const LStringLong& path) { return !path.empty() && ::access(path.c_str(), X_OK) == 0; }
+
+LStringLong FindInPath(const char* name) {
+  const char* path = std::getenv("PATH");
+  LStringLong folders = path && *path ? path : "/usr/local/bin:/usr/bin:/bin";
+  for (std::size_t from = 0; from <= folders.size();) {
+    std::size_t colon = folders.find(':', from);
+    if (colon == LStringLong::npos) colon = folders.size();
+    LStringLong folder = folders.substr(from, colon - from);
+    LStringLong candidate = (folder.empty() ? LStringLong(".") : folder) + "/" + name;
+    if (IsExecutable(candidate)) return candidate;
+    from = colon + 1;
+  }
+  return LStringLong();
+}
+
+}  // namespace
+
+void SVTextToSpeechProgramSet(const char* program) {
+  std::lock_guard<std::mutex> lock(gMutex);
+  gProgram = program ? program : "";
+}
+
+LStringLong SVTextToSpeechProgram() {
+  LStringLong program;
+  {
+    std::lock_guard<std::mutex> lock(gMutex);
+    program = gProgram;
+  }
+  if (program.empty()) return FindInPath(kProgramName);
+  return IsExecutable(program) ? program : LStringLong();
+}
+
+SVSpeechResult SVTextToSpeechToWaveFile(const char* text, const char* path) {
+  const LStringLong program = SVTextToSpeechProgram();
+  if (program.empty()) return SVSpeechResult::kMissing;
+  // "--" ends the options, so a text starting with '-' is spoken, not parsed.
+  char* argv[] = {const_cast<char*>(kProgramName), const_cast<char*>("-v"), const_cast<char*>(kVoice),
+                  const_cast<char*>("-w"),         const_cast<char*>(path), const_cast<char*>("--"),
+                  const_cast<char*>(text ? text : ""), nullptr};
+  pid_t child = -1;
+  if (posix_spawn(&child, program.c_str(), nullptr, nullptr, argv, environ) != 0) return SVSpeechResult::kFailed;
+  int status = 0;
+  while (::waitpid(child, &status, 0) < 0) {
+    if (errno != EINTR) return SVSpeechResult::kFailed;
+  }
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) return SVSpeechResult::kFailed;
+  LFileDetails details;
+  return LFileDetailsGet(path, &details) && details.size > 0 ? SVSpeechResult::kDone : SVSpeechResult::kFailed;
+}

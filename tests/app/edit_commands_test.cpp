@@ -1,0 +1,253 @@
+// The edit commands: each runs its object under the modification protocol in
+// a job of the front end, commits under the object's label, and is undone
+// exactly; cancelled or refused edits leave no trace.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+
+#include "app/core_utils.h"
+#include "app/edit_commands.h"
+#include "app/ef_gain.h"
+#include "app/ef_reverse.h"
+#include "app/file.h"
+#include "edit_fixture.h"
+#include "engine/sound_cache.h"
+
+namespace {
+
+class EditCommandsTest : public EditTest {
+protected:
+  struct State {
+    std::vector<SegmentShape> shape;
+    std::vector<float> samples;
+    std::uint32_t rate;
+    std::uint8_t channels;
+    long long selectionStart;
+    long long selectionEnd;
+  };
+  static State Take(const SVFile& file) {
+    return {ShapeOf(file.CutList()),     DocReadAll(file.CutList()), file.CutList().GetSampleRate(),
+            file.CutList().GetChannels(), file.Selection().start,     file.Selection().end};
+  }
+  static void ExpectSame(const State& a, const State& b) {
+    EXPECT_EQ(a.shape, b.shape);
+    EXPECT_EQ(a.samples, b.samples);
+    EXPECT_EQ(a.rate, b.rate);
+    EXPECT_EQ(a.channels, b.channels);
+    EXPECT_EQ(a.selectionStart, b.selectionStart);
+    EXPECT_EQ(a.selectionEnd, b.selectionEnd);
+  }
+  static const char* LastLabel(const SVFile& file) { return file.UndoEntry(file.UndoIndexCurrent()).description; }
+};
+
+TEST_F(EditCommandsTest, EveryCommandCommitsUnderItsLabelAndIsUndoneExactly) {
+  struct Command {
+    const char* label;
+    std::function<int(SVFileGUI*)> run;
+    SVSelection selection{2000, 6000, 0, 0, 0};
+  };
+  const std::string wave = WriteStaircaseWave("clip.wav", 3000, 2);
+  const LCutListAudio clip = StaircaseList(2500, 2, 8000);
+  const std::vector<Command> commands = {
+      {"Einfügen", [&](SVFileGUI* w) { return SVEditCommands::InsertClip(w, clip); }},
+      {"Stille einfügen", [](SVFileGUI* w) { return SVEditCommands::InsertSilence(w, 1200); }},
+      {"Datei einfügen", [&](SVFileGUI* w) { return SVEditCommands::InsertFile(w, wave.c_str()); }},
+      {"Hüllkurve", [](SVFileGUI* w) { return SVEditCommands::FadeIn(w); }},
+      {"Hüllkurve", [](SVFileGUI* w) { return SVEditCommands::FadeOut(w); }},
+      {"Normalisieren", [](SVFileGUI* w) { return SVEditCommands::Normalize(w, -1.0); }},
+      {"Kanäle konvertieren", [](SVFileGUI* w) { return SVEditCommands::ConvertChannels(w, 1); }},
+      {"AutoTrimmen", [](SVFileGUI* w) { return SVEditCommands::TrimStartAndEnd(w); }},
+      {"Umkehren",
+       [](SVFileGUI* w) {
+         SVEfReverse reverse(w->File()->CutList(), w->File()->Selection());
+         return SVEditCommands::Run(w, reverse);
+       }},
+      {"Verstärkung",
+       [](SVFileGUI* w) {
+         SVEfGain gain(w->File()->CutList(), w->File()->Selection(), 6.0);
+         return SVEditCommands::Run(w, gain);
+       },
+       SVSelection{1000, 7000, 1000, 2000, 1}},
+  };
+  for (const Command& command : commands) {
+    SCOPED_TRACE(command.label);
+    // Silence at both ends for the trim, audio that the effects can change in between.
+    LCutListAudio list;
+    list.SetFormat(8000, 2);
+    list.EfInsertSilence(0, 500);
+    list.EfInsert(500, PiecewiseStaircase(8000, 2, 2, 8000));
+    list.EfInsertSilence(list.GetLength(), 700);
+    SVFileGUI* window = NewDocument(list);
+    ASSERT_NE(window, nullptr);
+    SVFile& file = *window->File();
+    file.Selection() = command.selection;
+    file.CursorSet(2000);
+    const State before = Take(file);
+
+    ASSERT_EQ(command.run(window), 0);
+    EXPECT_STREQ(LastLabel(file), command.label);
+    EXPECT_EQ(frontEnd_.processTitles.back(), command.label);
+    EXPECT_NE(Take(file).samples, before.samples);
+
+    ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+    ExpectSame(Take(file), before);
+    Dialog().Windows().FileWindowClose(window);
+  }
+}
+
+TEST_F(EditCommandsTest, InsertingAClipOfTheSameFormatWritesNoAudio) {
+  SVFileGUI* window = NewDocument(StaircaseList(4000, 2));
+  SVFile& file = *window->File();
+  const std::vector<float> before = DocReadAll(file.CutList());
+  const LCutListAudio clip = DocListOf(std::vector<float>(600, -1.0f), 2);
+  const int files = CacheAudioFiles();
+
+  // Nothing selected: at the cursor, and the selection then covers the clip.
+  file.CursorSet(1000);
+  ASSERT_EQ(SVEditCommands::InsertClip(window, clip), 0);
+  EXPECT_EQ(CacheAudioFiles(), files);
+  EXPECT_EQ(file.Selection().start, 1000);
+  EXPECT_EQ(file.Selection().end, 1300);
+  std::vector<float> expected = Frames(before, 2, 0, 1000);
+  expected.insert(expected.end(), 600, -1.0f);
+  const std::vector<float> tail = Frames(before, 2, 1000, 4000);
+  expected.insert(expected.end(), tail.begin(), tail.end());
+  EXPECT_EQ(DocReadAll(file.CutList()), expected);
+
+  // A selection is replaced (its band does not matter to an insert).
+  file.Selection() = SVSelection{0, 1300, 100, 200, 1};
+  ASSERT_EQ(SVEditCommands::InsertClip(window, clip), 0);
+  EXPECT_EQ(file.CutList().GetLength(), 3300);
+  EXPECT_EQ(Frames(DocReadAll(file.CutList()), 2, 300, 3300), tail);
+  EXPECT_EQ(CacheAudioFiles(), files);
+}
+
+TEST_F(EditCommandsTest, AClipOfAnotherFormatIsConvertedAndAnEmptyDocumentTakesTheClipsFormat) {
+  SVFileGUI* window = NewDocument(StaircaseList(1000, 2));
+  SVFile& file = *window->File();
+  const LCutListAudio mono = StaircaseList(500, 1);
+  file.CursorSet(1000);
+  ASSERT_EQ(SVEditCommands::InsertClip(window, mono), 0);
+  ASSERT_EQ(file.CutList().GetChannels(), 2);
+  const std::vector<float> after = DocReadAll(file.CutList());
+  for (long long f = 0; f < 500; ++f) {
+    ASSERT_EQ(after[static_cast<std::size_t>((1000 + f) * 2)], DocStaircaseValue(f, 0));
+    ASSERT_EQ(after[static_cast<std::size_t>((1000 + f) * 2 + 1)], DocStaircaseValue(f, 0));
+  }
+
+  SVFileGUI* empty = NewDocument(LCutListAudio());
+  const LCutListAudio stereo = StaircaseList(300, 2, 22050);
+  ASSERT_EQ(SVEditCommands::InsertClip(empty, stereo), 0);
+  EXPECT_EQ(empty->File()->CutList().GetSampleRate(), 22050u);
+  EXPECT_EQ(empty->File()->CutList().GetChannels(), 2);
+  EXPECT_EQ(DocReadAll(empty->File()->CutList()), DocReadAll(stereo));
+}
+
+TEST_F(EditCommandsTest, SilenceAndFilesGoInAtTheCursorAndBookmarksFollow) {
+  SVFileGUI* window = NewDocument(StaircaseList(2000, 2));
+  SVFile& file = *window->File();
+  file.AddBookmark("vorher", 499);
+  file.AddBookmark("danach", 500);
+  file.CursorSet(500);
+  const int files = CacheAudioFiles();
+  ASSERT_EQ(SVEditCommands::InsertSilence(window, 250), 0);
+  EXPECT_EQ(CacheAudioFiles(), files);
+  EXPECT_EQ(file.Bookmarks().front().position, 499);
+  EXPECT_EQ(file.Bookmarks().back().position, 750);
+  const std::vector<float> after = DocReadAll(file.CutList());
+  EXPECT_EQ(Frames(after, 2, 500, 750), std::vector<float>(500, 0.0f));
+  EXPECT_EQ(after[750 * 2], DocStaircaseValue(500, 0));
+
+  const std::string wave = WriteStaircaseWave("datei.wav", 100, 2);
+  file.Selection() = SVSelection{};
+  file.CursorSet(0);
+  ASSERT_EQ(SVEditCommands::InsertFile(window, wave.c_str()), 0);
+  const std::vector<float> withFile = DocReadAll(file.CutList());
+  for (long long f = 0; f < 100; ++f)
+    ASSERT_EQ(withFile[static_cast<std::size_t>(f * 2 + 1)], DocStaircaseValue(f, 1) / 65536.0f);
+  EXPECT_EQ(file.Bookmarks().back().position, 850);
+
+  EXPECT_NE(SVEditCommands::InsertFile(window, temp_.File("fehlt.wav").c_str()), 0);
+  EXPECT_STREQ(file.UndoEntry(file.UndoIndexCurrent()).description, "Datei einfügen");
+}
+
+TEST_F(EditCommandsTest, ConvertingChannelsChangesTheWholeDocumentsFormat) {
+  SVFileGUI* window = NewDocument(StaircaseList(3000, 2));
+  SVFile& file = *window->File();
+  file.Selection() = SVSelection{100, 200, 0, 0, 0};
+  ASSERT_EQ(SVEditCommands::ConvertChannels(window, 1), 0);
+  ASSERT_EQ(file.CutList().GetChannels(), 1);
+  const std::vector<float> mono = DocReadAll(file.CutList());
+  ASSERT_EQ(mono.size(), 3000u);
+  for (long long f = 0; f < 3000; ++f) ASSERT_EQ(mono[static_cast<std::size_t>(f)], static_cast<float>(f) + 0.125f);
+  EXPECT_EQ(file.Selection().start, 0);
+  EXPECT_EQ(file.Selection().end, 3000);
+
+  ASSERT_EQ(SVEditCommands::ConvertChannels(window, 3), 0);
+  ASSERT_EQ(file.CutList().GetChannels(), 3);
+  const std::vector<float> three = DocReadAll(file.CutList());
+  EXPECT_EQ(DocChannel(three, 3, 2), mono);
+}
+
+TEST_F(EditCommandsTest, FadesAndNormalisingActOnTheWholeDocumentWhenNothingIsSelected) {
+  SVFileGUI* window = NewDocument(DocListOf(std::vector<float>(1001, 0.25f), 1));
+  SVFile& file = *window->File();
+  ASSERT_EQ(SVEditCommands::FadeOut(window), 0);
+  const std::vector<float> faded = DocReadAll(file.CutList());
+  EXPECT_EQ(faded.front(), 0.25f);
+  EXPECT_NEAR(faded[500], 0.125f, 1e-7);
+  EXPECT_EQ(faded.back(), 0.0f);
+  file.Selection() = SVSelection{};
+  ASSERT_EQ(SVEditCommands::Normalize(window, -6.0), 0);
+  EXPECT_NEAR(DocReadAll(file.CutList()).front(), std::pow(10.0, -6.0 / 20.0), 1e-6);
+}
+
+TEST_F(EditCommandsTest, CancellingAnyJobOfABandEditLeavesTheDocumentAndTheCacheAsTheyWere) {
+  SVFileGUI* window = NewDocument(DocListOf(Tones({{600, 0.3}, {1500, 0.3}}, 24000, 8000), 1, 8000));
+  SVFile& file = *window->File();
+  file.Selection() = SVSelection{4000, 20000, 1000, 2000, 1};
+  const State before = Take(file);
+  const SVUndoMenuState menu = SVUndoMenuStateGet(&file);
+  const unsigned long index = file.UndoIndexCurrent();
+  const int counted = LSoundCache::Instance().CountedItemCount();
+  const int files = CacheAudioFiles();
+  int result = 1;
+  for (long checks = 0; checks < 200 && result != 0; ++checks) {
+    frontEnd_.cancelAfterChecks = checks;
+    SVEfGain gain(file.CutList(), file.Selection(), 6.0);
+    result = SVEditCommands::Run(window, gain);
+    if (result == 0) break;
+    SCOPED_TRACE(checks);
+    EXPECT_EQ(result, 1);
+    ExpectSame(Take(file), before);
+    EXPECT_EQ(file.UndoIndexCurrent(), index);
+    EXPECT_EQ(SVUndoMenuStateGet(&file), menu);
+    EXPECT_EQ(LSoundCache::Instance().CountedItemCount(), counted);
+    EXPECT_EQ(CacheAudioFiles(), files);
+  }
+  ASSERT_EQ(result, 0);
+  EXPECT_EQ(CacheAudioFiles(), files + 1);
+  frontEnd_.cancelAfterChecks = -1;
+  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+  ExpectSame(Take(file), before);
+}
+
+TEST_F(EditCommandsTest, AnInvalidSelectionLeavesNoUndoEntry) {
+  SVFileGUI* window = NewDocument(StaircaseList(1000, 1));
+  SVFile& file = *window->File();
+  file.Selection() = SVSelection{100, 900, 3000, 2000, 1};
+  const unsigned long index = file.UndoIndexCurrent();
+  SVEfReverse reverse(file.CutList(), file.Selection());
+  EXPECT_EQ(SVEditCommands::Run(window, reverse), kSVEfResultInvalidSelection);
+  EXPECT_EQ(file.UndoIndexCurrent(), index);
+  EXPECT_EQ(file.Selection().end, 900);
+  EXPECT_EQ(SVEditCommands::Run(nullptr, reverse), kLProcessFailed);
+  // An object made over another document's audio is refused.
+  LCutListAudio other = StaircaseList(100, 1);
+  SVSelection selection{0, 100, 0, 0, 0};
+  SVEfReverse stranger(other, selection);
+  EXPECT_EQ(SVEditCommands::Run(window, stranger), kLProcessFailed);
+}
+
+}  // namespace

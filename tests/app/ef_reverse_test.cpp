@@ -1,0 +1,58 @@
+// Reverse: the selection read backwards frame by frame, across segment and
+// block boundaries, with the channels of each frame in their order.
+#include <gtest/gtest.h>
+
+#include "app/ef_reverse.h"
+#include "edit_fixture.h"
+#include "engine/sound_cache.h"
+
+namespace {
+
+using EfReverseTest = EditTest;
+
+TEST_F(EfReverseTest, TheSelectionIsReadBackwardsFrameByFrameAcrossSegments) {
+  constexpr int kChannels = 3;
+  constexpr long long kFrames = 30000;
+  LCutListAudio list = PiecewiseStaircase(kFrames, kChannels, 4);
+  const LCutListAudio kept = list;  // holds the items, as an undo snapshot would
+  const std::vector<float> before = DocReadAll(list);
+  // More than two blocks of 8192 frames, over all four items.
+  const long long start = 1234;
+  const long long end = 28765;
+  SVSelection selection{start, end, 0, 0, 0};
+  SVEfReverse reverse(list, selection);
+  EXPECT_STREQ(reverse.GetEffectName(), "Umkehren");
+  LProcessInterfaceQuiet process;
+  ASSERT_EQ(reverse.ProcessAndInsertCutList(process), 0);
+  EXPECT_EQ(process.Status(0), "Soundumkehrung");
+  EXPECT_EQ(process.Status(1), "Bitte warten...");
+  EXPECT_EQ(selection.end, end);
+
+  const std::vector<float> after = DocReadAll(list);
+  ASSERT_EQ(after.size(), before.size());
+  for (long long f = 0; f < kFrames; ++f) {
+    const long long from = f >= start && f < end ? end - 1 - (f - start) : f;
+    for (int c = 0; c < kChannels; ++c)
+      ASSERT_EQ(after[static_cast<std::size_t>(f * kChannels + c)], DocStaircaseValue(from, c))
+          << "frame " << f << " channel " << c;
+  }
+  EXPECT_EQ(CacheAudioFiles(), 5);
+}
+
+TEST_F(EfReverseTest, ACancelledReverseLeavesTheDocumentAndTheCacheAsTheyWere) {
+  LCutListAudio list = PiecewiseStaircase(40000, 2, 2);
+  const auto shape = ShapeOf(list);
+  const int counted = LSoundCache::Instance().CountedItemCount();
+  for (long checks : {0L, 1L, 3L}) {
+    SVSelection selection{100, 39000, 0, 0, 0};
+    SVEfReverse reverse(list, selection);
+    LProcessInterfaceQuiet process;
+    process.CancelAfterChecks(checks);
+    EXPECT_NE(reverse.ProcessAndInsertCutList(process), 0);
+    EXPECT_EQ(ShapeOf(list), shape);
+    EXPECT_EQ(LSoundCache::Instance().CountedItemCount(), counted);
+    EXPECT_EQ(CacheAudioFiles(), 2);
+  }
+}
+
+}  // namespace

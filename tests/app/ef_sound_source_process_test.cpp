@@ -1,0 +1,164 @@
+// Source effects: the selection rendered through the effect's source into one
+// new cache item; labels; failures and cancellation leave the document alone.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <memory>
+
+#include "app/dc_offset_correction.h"
+#include "app/ef_channel_invert.h"
+#include "app/ef_channel_swap.h"
+#include "app/ef_echo.h"
+#include "app/ef_effect_chain.h"
+#include "app/ef_envelope.h"
+#include "app/ef_equaliser.h"
+#include "app/ef_gain.h"
+#include "app/ef_join_channels.h"
+#include "app/ef_normalize.h"
+#include "app/ef_reverse.h"
+#include "app/ef_sound_source_process.h"
+#include "app/ef_stereo_pan.h"
+#include "edit_fixture.h"
+#include "engine/channel_map_source.h"
+#include "engine/sound_cache.h"
+
+namespace {
+
+using EfSoundSourceProcessTest = EditTest;
+
+class PassThrough final : public SVEfSoundSourceProcess {
+public:
+  using SVEfSoundSourceProcess::SVEfSoundSourceProcess;
+  const char* GetEffectName() const override { return "Durchlass"; }
+};
+
+class ToMono final : public SVEfSoundSourceProcess {
+public:
+  using SVEfSoundSourceProcess::SVEfSoundSourceProcess;
+  const char* GetEffectName() const override { return "Mono"; }
+  LSoundSource OpenSource(LSoundSource& input) override { return LSRCChannelMap::Convert(input, 1); }
+};
+
+TEST_F(EfSoundSourceProcessTest, TheDefaultSourcePassesTheSelectionThroughIntoANewItem) {
+  LCutListAudio list = PiecewiseStaircase(20000, 2, 2);
+  const std::vector<float> before = DocReadAll(list);
+  SVSelection selection{3000, 17000, 0, 0, 0};
+  PassThrough effect(list, selection);
+  LProcessInterfaceQuiet process;
+  ASSERT_EQ(effect.ProcessAndInsertCutList(process), 0);
+  EXPECT_EQ(DocReadAll(list), before);
+  EXPECT_EQ(process.Status(0), "Durchlass");
+  EXPECT_EQ(process.Progress(), 1.0);
+  EXPECT_EQ(CacheAudioFiles(), 3);
+  ASSERT_EQ(list.SegmentCount(), 3);
+  EXPECT_EQ(std::get<1>(ShapeOf(list)[1]), 14000);
+}
+
+TEST_F(EfSoundSourceProcessTest, AGainRewritesTheSelectionOnly) {
+  LCutListAudio list = StaircaseList(10000, 1);
+  SVSelection selection{2000, 6000, 0, 0, 0};
+  SVEfGain gain(list, selection, -20.0 * std::log10(2.0), "Leiser");
+  EXPECT_STREQ(gain.GetEffectName(), "Leiser");
+  LProcessInterfaceQuiet process;
+  ASSERT_EQ(gain.ProcessAndInsertCutList(process), 0);
+  const std::vector<float> after = DocReadAll(list);
+  for (long long f = 0; f < 10000; ++f) {
+    const float value = DocStaircaseValue(f, 0);
+    if (f >= 2000 && f < 6000)
+      ASSERT_NEAR(after[static_cast<std::size_t>(f)], value * 0.5f, value * 1e-6f) << f;
+    else
+      ASSERT_EQ(after[static_cast<std::size_t>(f)], value) << f;
+  }
+  SVEfGain unnamed(list, selection, 1.0);
+  EXPECT_STREQ(unnamed.GetEffectName(), "Verstärkung");
+}
+
+TEST_F(EfSoundSourceProcessTest, AChainIsNamedAfterItselfAndAppliesItsEffects) {
+  LSoundProcessMulti chain;
+  chain.Append(std::make_unique<LSPGain>(-20.0 * std::log10(2.0)));
+  chain.Append(std::make_unique<LSPGain>(-20.0 * std::log10(2.0)));
+  LCutListAudio list = StaircaseList(4000, 1);
+  SVSelection selection{0, 4000, 0, 0, 0};
+  EXPECT_STREQ(SVEfEffectChain(list, selection, chain).GetEffectName(), "Effektkette");
+  EXPECT_STREQ(SVEfEffectChain(list, selection, chain, "").GetEffectName(), "Effektkette");
+  SVEfEffectChain named(list, selection, chain, "Meine Kette");
+  EXPECT_STREQ(named.GetEffectName(), "Meine Kette");
+  LProcessInterfaceQuiet process;
+  ASSERT_EQ(named.ProcessAndInsertCutList(process), 0);
+  const std::vector<float> after = DocReadAll(list);
+  EXPECT_NEAR(after[3999], 3999.0f / 4, 3999.0f * 1e-6f);
+}
+
+TEST_F(EfSoundSourceProcessTest, ASourceOfAnotherChannelCountFailsWithTheDocumentUntouched) {
+  LCutListAudio list = StaircaseList(4000, 2);
+  const auto shape = ShapeOf(list);
+  SVSelection selection{0, 4000, 0, 0, 0};
+  ToMono effect(list, selection);
+  LProcessInterfaceQuiet process;
+  EXPECT_EQ(effect.ProcessAndInsertCutList(process), kLProcessFailed);
+  EXPECT_EQ(ShapeOf(list), shape);
+  EXPECT_EQ(CacheAudioFiles(), 1);
+}
+
+TEST_F(EfSoundSourceProcessTest, CancellingAtAnyPointLeavesTheDocumentAndTheCacheAsTheyWere) {
+  LCutListAudio list = PiecewiseStaircase(40000, 2, 2);
+  const auto shape = ShapeOf(list);
+  const int counted = LSoundCache::Instance().CountedItemCount();
+  int result = 1;
+  long checks = 0;
+  for (; checks < 100; ++checks) {
+    SVSelection selection{1000, 39000, 0, 0, 0};
+    SVEfNormalize effect(list, selection, -3.0);
+    LProcessInterfaceQuiet process;
+    process.CancelAfterChecks(checks);
+    result = effect.ProcessAndInsertCutList(process);
+    if (result == 0) break;
+    EXPECT_EQ(result, 1);
+    EXPECT_EQ(ShapeOf(list), shape) << "cancelled after " << checks << " checks";
+    EXPECT_EQ(LSoundCache::Instance().CountedItemCount(), counted);
+    EXPECT_EQ(CacheAudioFiles(), 2);
+  }
+  EXPECT_EQ(result, 0);
+  EXPECT_GT(checks, 8) << "the measuring pass and the render both ask between blocks";
+}
+
+TEST_F(EfSoundSourceProcessTest, EveryEffectAddsExactlyOneCacheItem) {
+  using Make = std::function<std::unique_ptr<SVEfCutListProcess>(LCutListAudio&, SVSelection&)>;
+  LSoundProcessMulti chain;
+  chain.Append(std::make_unique<LSPGain>(-3.0));
+  LPointList curve;
+  curve.Add(100, 0);
+  curve.Add(2000, -12);
+  LSPEcho echo;
+  echo.SetTime(20);
+  const std::vector<Make> makers = {
+      [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfEcho>(l, s, echo); },
+      [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfGain>(l, s, 3.0); },
+      [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfEffectChain>(l, s, chain); },
+      [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfNormalize>(l, s); },
+      [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfEqualiser>(l, s, curve); },
+      [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfChannelInvert>(l, s); },
+      [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfChannelSwap>(l, s); },
+      [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfJoinChannels>(l, s); },
+      [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfEnvelope>(l, s, SVEfEnvelope::FadeIn()); },
+      [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfStereoPan>(l, s, 0.5); },
+      [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfReverse>(l, s); },
+      [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVDCOffsetCorrection>(l, s); },
+  };
+  LCutListAudio list = StaircaseList(30000, 2, 8000);
+  int files = CacheAudioFiles();
+  std::vector<LCutListAudio> kept;  // every state's items, as the undo ring holds them
+  for (const Make& make : makers) {
+    kept.push_back(list);
+    SVSelection selection{5000, 25000, 0, 0, 0};
+    const std::unique_ptr<SVEfCutListProcess> effect = make(list, selection);
+    LProcessInterfaceQuiet process;
+    ASSERT_EQ(effect->ProcessAndInsertCutList(process), 0) << effect->GetEffectName();
+    EXPECT_EQ(CacheAudioFiles(), ++files) << effect->GetEffectName();
+    EXPECT_EQ(list.GetLength(), 30000) << effect->GetEffectName();
+    EXPECT_EQ(selection.end, 25000) << effect->GetEffectName();
+  }
+}
+
+}  // namespace

@@ -1,0 +1,254 @@
+// The undo ring of a document: snapshots, Undo, Redo, the menu entries, the
+// base entry, undo to last save, and what snapshots cost in the cache.
+#include <gtest/gtest.h>
+
+#include "app/core_utils.h"
+#include "app/file.h"
+#include "app/file_audio.h"
+#include "app/file_modifier.h"
+#include "document_fixture.h"
+#include "engine/sound_cache.h"
+
+namespace {
+
+class FileUndoTest : public DocumentTest {
+protected:
+  // One committed edit: deletes [from, to).
+  static void DeleteEdit(SVFileGUI* window, const char* name, long long from, long long to) {
+    LFileModifier modifier(window);
+    ASSERT_TRUE(modifier.Start(name));
+    window->File()->CutList().EfDelete(from, to);
+    ASSERT_TRUE(modifier.Commit());
+  }
+  // One committed edit: inserts frames of silence at 0.
+  static void SilenceEdit(SVFileGUI* window, long long frames) {
+    LFileModifier modifier(window);
+    ASSERT_TRUE(modifier.Start("Stille einfügen"));
+    window->File()->CutList().EfInsertSilence(0, frames);
+    ASSERT_TRUE(modifier.Commit());
+  }
+};
+
+TEST_F(FileUndoTest, LoadEditUndoGivesTheLoadedStateAndOffersRedoOfTheEdit) {
+  SVFileGUI* window = Dialog().FileOpen(WriteStaircaseWave("take.wav", 1000, 2).c_str());
+  ASSERT_NE(window, nullptr) << frontEnd_.lastError;
+  SVFile& file = *window->File();
+  const std::vector<float> loaded = DocReadAll(file.CutList());
+  EXPECT_FALSE(file.IsModified());
+  EXPECT_STREQ(file.UndoEntry(file.UndoIndexCurrent()).description, "Datei laden");
+
+  SVUndoMenuState menu = Dialog().UpdateUndoMenuItem();
+  EXPECT_FALSE(menu.undo.enabled) << "the base entry itself can never be undone";
+  EXPECT_FALSE(menu.redo.enabled);
+
+  DeleteEdit(window, "Löschen", 100, 200);
+  menu = Dialog().UpdateUndoMenuItem();
+  EXPECT_TRUE(menu.undo.enabled);
+  EXPECT_EQ(menu.undo.label, "Rückgängig Löschen");
+  EXPECT_EQ(menu.undo.command, kSVCommandUndo);
+  EXPECT_EQ(menu.undo.key, kSVKeyUndo);
+  EXPECT_FALSE(menu.redo.enabled);
+  EXPECT_EQ(menu.redo.label, "Wiederholen ");
+  EXPECT_EQ(frontEnd_.menu, menu) << "the front end is shown every change of the ring";
+  EXPECT_TRUE(file.IsModified());
+  EXPECT_EQ(file.CutList().GetLength(), 900);
+
+  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+  EXPECT_EQ(DocReadAll(file.CutList()), loaded);
+  EXPECT_FALSE(file.IsModified());
+  EXPECT_EQ(frontEnd_.notifications.back(), kSVNotifyClean);
+  menu = Dialog().UpdateUndoMenuItem();
+  EXPECT_FALSE(menu.undo.enabled);
+  EXPECT_EQ(menu.undo.label, "Rückgängig ");
+  EXPECT_TRUE(menu.redo.enabled);
+  EXPECT_EQ(menu.redo.label, "Wiederholen Löschen");
+  EXPECT_EQ(menu.redo.command, kSVCommandRedo);
+  EXPECT_EQ(menu.redo.key, kSVKeyRedo);
+
+  EXPECT_FALSE(SVCoreUtils::CmUndo(window)) << "nothing before the base";
+  EXPECT_EQ(DocReadAll(file.CutList()), loaded);
+
+  ASSERT_TRUE(SVCoreUtils::CmUndo(window, kSVCommandRedo));
+  EXPECT_EQ(file.CutList().GetLength(), 900);
+  EXPECT_TRUE(file.IsModified());
+  EXPECT_EQ(frontEnd_.notifications.back(), kSVNotifyModified);
+  menu = Dialog().UpdateUndoMenuItem();
+  EXPECT_TRUE(menu.undo.enabled);
+  EXPECT_EQ(menu.undo.label, "Rückgängig Löschen");
+  EXPECT_FALSE(menu.redo.enabled);
+  EXPECT_FALSE(SVCoreUtils::CmRedo(window)) << "nothing left to redo";
+}
+
+TEST_F(FileUndoTest, ANewEditAfterUndoCutsOffRedo) {
+  SVFileGUI* window = Dialog().FileNewFromCutList(StaircaseList(1000, 1), "Neu", MainDialog::kInitialNewFile);
+  ASSERT_NE(window, nullptr);
+  DeleteEdit(window, "Löschen", 0, 10);
+  DeleteEdit(window, "Zuschneiden", 0, 10);
+  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+  EXPECT_TRUE(Dialog().UpdateUndoMenuItem().redo.enabled);
+
+  SilenceEdit(window, 5);
+  const SVUndoMenuState menu = Dialog().UpdateUndoMenuItem();
+  EXPECT_FALSE(menu.redo.enabled);
+  EXPECT_EQ(menu.undo.label, "Rückgängig Stille einfügen");
+  EXPECT_FALSE(SVCoreUtils::CmRedo(window));
+  EXPECT_EQ(window->File()->CutList().GetLength(), 995);
+}
+
+TEST_F(FileUndoTest, AfterFortyEditsUndoStopsWhereTheRingEnds) {
+  SVFileGUI* window = Dialog().FileNewFromCutList(StaircaseList(1000, 1), "Neu", MainDialog::kInitialNewFile);
+  ASSERT_NE(window, nullptr);
+  SVFile& file = *window->File();
+  // Edit i makes the list 1000 + i frames long, so the length names the state.
+  for (int i = 1; i <= 40; ++i) SilenceEdit(window, 1);
+  ASSERT_EQ(file.CutList().GetLength(), 1040);
+
+  int undos = 0;
+  while (SVCoreUtils::CmUndo(window)) ++undos;
+  // Each snapshot frees the two entries ahead of it, and the first Undo keeps
+  // the present state for Redo, so the ring holds 28 steps back, not 40.
+  EXPECT_EQ(undos, 28);
+  EXPECT_EQ(file.CutList().GetLength(), 1040 - 28);
+  EXPECT_FALSE(Dialog().UpdateUndoMenuItem().undo.enabled);
+
+  int redos = 0;
+  while (SVCoreUtils::CmRedo(window)) ++redos;
+  EXPECT_EQ(redos, 28);
+  EXPECT_EQ(file.CutList().GetLength(), 1040);
+}
+
+TEST_F(FileUndoTest, UndoToLastSaveRestoresTheSavedStateAndIsFinal) {
+  SVFileGUI* window = Dialog().FileOpen(WriteStaircaseWave("take.wav", 1000, 1).c_str());
+  ASSERT_NE(window, nullptr) << frontEnd_.lastError;
+  SVFile& file = *window->File();
+  DeleteEdit(window, "Löschen", 0, 100);
+  // What a save does to the document.
+  file.SetFileClean();
+  const std::vector<float> saved = DocReadAll(file.CutList());
+  EXPECT_FALSE(file.IsUndoLastSaveAvailable()) << "the document is where it was saved";
+
+  DeleteEdit(window, "Löschen", 0, 300);
+  SilenceEdit(window, 50);
+  ASSERT_TRUE(file.IsUndoLastSaveAvailable());
+  ASSERT_TRUE(SVCoreUtils::CmUndoSave(window));
+  EXPECT_EQ(DocReadAll(file.CutList()), saved);
+  EXPECT_FALSE(file.IsModified());
+  EXPECT_EQ(frontEnd_.notifications.back(), kSVNotifyClean);
+  const SVUndoMenuState menu = Dialog().UpdateUndoMenuItem();
+  EXPECT_FALSE(menu.undo.enabled);
+  EXPECT_FALSE(menu.redo.enabled);
+  EXPECT_FALSE(file.IsUndoLastSaveAvailable());
+  EXPECT_FALSE(SVCoreUtils::CmUndoSave(window));
+  EXPECT_EQ(DocReadAll(file.CutList()), saved);
+}
+
+TEST_F(FileUndoTest, UndoToLastSaveRightAfterSavingIsOfferedOnlyAtIndex31) {
+  SVFileGUI* window = Dialog().FileNewFromCutList(StaircaseList(100, 1), "Neu", MainDialog::kInitialNewFile);
+  ASSERT_NE(window, nullptr);
+  SVFile& file = *window->File();
+  while (file.UndoIndexCurrent() != 30) SilenceEdit(window, 1);
+  file.SetFileClean();
+  EXPECT_EQ(file.UndoIndexLastSave(), 31u);
+  EXPECT_FALSE(file.IsUndoLastSaveAvailable());
+
+  SilenceEdit(window, 1);
+  ASSERT_EQ(file.UndoIndexCurrent(), 31u);
+  file.SetFileClean();
+  // The save wrote 0, which the unwrapped test (31 + 1) does not match.
+  EXPECT_EQ(file.UndoIndexLastSave(), 0u);
+  EXPECT_TRUE(file.IsUndoLastSaveAvailable());
+}
+
+TEST_F(FileUndoTest, ASnapshotCollapsesAnEmptySelectionOrEqualBandToTheCursor) {
+  SVFileGUI* window = Dialog().FileNewFromCutList(StaircaseList(1000, 1), "Neu", MainDialog::kInitialNewFile);
+  ASSERT_NE(window, nullptr);
+  SVFile& file = *window->File();
+  file.CursorSet(300);
+  file.Selection() = SVSelection{100, 200, 500, 500, 1};
+  file.SaveForUndo("Band");
+  const SVSelection& band = file.UndoEntry(file.UndoIndexCurrent()).selection;
+  EXPECT_EQ(band.start, 300);
+  EXPECT_EQ(band.end, 300);
+  EXPECT_EQ(file.Selection().start, 100) << "the live selection stays";
+
+  file.Selection() = SVSelection{150, 150, 0, 0, 0};
+  file.SaveForUndo("Leer");
+  EXPECT_EQ(file.UndoEntry(file.UndoIndexCurrent()).selection.start, 300);
+
+  file.Selection() = SVSelection{100, 200, 500, 900, 1};
+  file.SaveForUndo("Rechteck");
+  const SVSelection& kept = file.UndoEntry(file.UndoIndexCurrent()).selection;
+  EXPECT_EQ(kept.start, 100);
+  EXPECT_EQ(kept.end, 200);
+  EXPECT_EQ(kept.highFrequency, 900);
+}
+
+TEST_F(FileUndoTest, UndoBringsBackSelectionCursorViewBookmarksAndRegions) {
+  SVFileGUI* window = Dialog().FileNewFromCutList(StaircaseList(1000, 1), "Neu", MainDialog::kInitialNewFile);
+  ASSERT_NE(window, nullptr);
+  SVFile& file = *window->File();
+  SVRegion region;
+  region.NameSet("Strophe");
+  region.RangeSet(0, 441, 44100);
+  Dialog().Windows().Project().Regions().push_back(region);
+  file.Selection() = SVSelection{10, 20, 0, 0, 0};
+  file.CursorSet(15);
+  file.View() = SVViewState{7, 8};
+
+  LFileModifier modifier(window);
+  ASSERT_TRUE(modifier.Start("Alles ändern"));
+  file.Selection() = SVSelection{30, 40, 0, 0, 0};
+  file.CursorSet(35);
+  file.View() = SVViewState{1, 2};
+  file.AddBookmark("Marke", 500);
+  Dialog().Windows().Project().Regions().clear();
+  ASSERT_TRUE(modifier.Commit());
+
+  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+  EXPECT_EQ(file.Selection().start, 10);
+  EXPECT_EQ(file.Selection().end, 20);
+  EXPECT_EQ(file.Cursor(), 15);
+  EXPECT_EQ(file.View(), (SVViewState{7, 8}));
+  EXPECT_TRUE(file.Bookmarks().empty());
+  ASSERT_EQ(Dialog().Windows().Project().Regions().size(), 1u);
+  EXPECT_STREQ(Dialog().Windows().Project().Regions().front().name, "Strophe");
+
+  ASSERT_TRUE(SVCoreUtils::CmRedo(window));
+  EXPECT_EQ(file.Cursor(), 35);
+  EXPECT_EQ(file.Bookmarks().size(), 1u);
+  EXPECT_TRUE(Dialog().Windows().Project().Regions().empty());
+}
+
+TEST_F(FileUndoTest, SnapshotsShareTheAudioAndTheDocumentReleasesEveryItem) {
+  SVFileGUI* window = Dialog().FileNewFromCutList(StaircaseList(10000, 2), "Neu", MainDialog::kInitialNewFile);
+  ASSERT_NE(window, nullptr);
+  SVFile& file = *window->File();
+  const unsigned short item = file.CutList().Segments().front().ItemNumber();
+  const int filesBefore = CacheAudioFiles();
+  ASSERT_EQ(filesBefore, 1);
+
+  for (int i = 0; i < 32; ++i) DeleteEdit(window, "Löschen", 10, 20);
+  EXPECT_EQ(CacheAudioFiles(), filesBefore) << "snapshots copy segments, never audio";
+  EXPECT_GT(LSoundCache::Instance().RefCountGet(item), 32);
+
+  Dialog().Windows().FileWindowClose(window);
+  EXPECT_EQ(LSoundCache::Instance().RefCountGet(item), 0);
+  EXPECT_EQ(LSoundCache::Instance().CountedItemCount(), 0);
+  EXPECT_EQ(CacheAudioFiles(), 0) << "an item that is no copy of a file goes with its last reference";
+}
+
+TEST_F(FileUndoTest, SetFileCleanOfTheAudioDocumentLeavesTheRing) {
+  SVFileAudio audio(StaircaseList(100, 1));
+  audio.SaveForUndo("Eins");
+  audio.SaveForUndo("Zwei");
+  audio.SetFileClean();
+  EXPECT_FALSE(audio.IsModified());
+  EXPECT_EQ(audio.UndoIndexLastSave(), kSVUndoIndexUnknown);
+  EXPECT_TRUE(audio.UndoEntry(audio.UndoIndexCurrent()).modified);
+
+  SVFile& asFile = audio;
+  asFile.SetFileClean();
+  EXPECT_EQ(audio.UndoIndexLastSave(), kSVUndoIndexUnknown) << "the audio document's own SetFileClean runs";
+}
+
+}  // namespace

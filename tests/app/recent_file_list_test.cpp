@@ -1,0 +1,73 @@
+// The recent-files list and the filter of what it shows.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <set>
+#include <string>
+
+#include "app/recent_file_data.h"
+#include "app/recent_file_list.h"
+#include "base/user_settings.h"
+#include "document_fixture.h"
+
+namespace {
+
+using RecentFileListTest = DocumentTest;
+
+std::vector<std::string> Stored(const LRecentFileList& list) {
+  std::vector<std::string> out;
+  for (const LStringLong& path : list.Entries()) out.push_back(path);
+  return out;
+}
+
+TEST_F(RecentFileListTest, TheNewestComesFirstWithoutDuplicatesAndTenAtMost) {
+  LRecentFileList& list = Dialog().RecentFiles();
+  for (int i = 0; i < 12; ++i) list.RecentFileListAdd(("/a/" + std::to_string(i) + ".wav").c_str());
+  std::vector<std::string> expected;
+  for (int i = 11; i >= 2; --i) expected.push_back("/a/" + std::to_string(i) + ".wav");
+  EXPECT_EQ(Stored(list), expected) << "the oldest fell off";
+  EXPECT_EQ(LUserSettings::Instance().Get(kLRecentFileListDomain, "", "File9"), "/a/2.wav");
+
+  list.RecentFileListAdd("/a/11.wav");
+  EXPECT_EQ(Stored(list), expected) << "the newest again changes nothing";
+
+  list.RecentFileListAdd("/a/5.wav");
+  std::vector<std::string> moved = {"/a/5.wav", "/a/11.wav", "/a/10.wav", "/a/9.wav", "/a/8.wav",
+                                    "/a/7.wav", "/a/6.wav",  "/a/4.wav",  "/a/3.wav", "/a/2.wav"};
+  EXPECT_EQ(Stored(list), moved) << "a listed path moves to the top, the ones above it down";
+  EXPECT_EQ(std::set<std::string>(moved.begin(), moved.end()).size(), 10u);
+}
+
+TEST_F(RecentFileListTest, TheMenuShowsProjectsAndAudioButNoVideo) {
+  LRecentFileList& list = Dialog().RecentFiles();
+  for (const char* path : {"/a/film.MP4", "/a/projekt.svp", "/a/ohne", "/a.b/ton.FLAC", "/a/lied.mp3", "/a/x.txt"})
+    list.RecentFileListAdd(path);
+  EXPECT_EQ(list.MenuList(), (LArray<LStringLong>{"/a/lied.mp3", "/a.b/ton.FLAC", "/a/projekt.svp"}));
+}
+
+TEST(RecentFileData, ExtensionsAreJudgedIgnoringCase) {
+  EXPECT_FALSE(SVFileGetRecentFileData::IsExtValid(""));
+  EXPECT_FALSE(SVFileGetRecentFileData::IsExtValid(nullptr));
+  EXPECT_TRUE(SVFileGetRecentFileData::IsExtValid(".svp"));
+  EXPECT_TRUE(SVFileGetRecentFileData::IsExtValid(".SVP"));
+  EXPECT_TRUE(SVFileGetRecentFileData::IsExtValid(".wav"));
+  EXPECT_TRUE(SVFileGetRecentFileData::IsExtValid(".Mp3"));
+  EXPECT_TRUE(SVFileGetRecentFileData::IsExtValid(".aiff"));
+  EXPECT_FALSE(SVFileGetRecentFileData::IsExtValid(".3GP"));
+  EXPECT_FALSE(SVFileGetRecentFileData::IsExtValid(".mov"));
+  EXPECT_FALSE(SVFileGetRecentFileData::IsExtValid(".doc"));
+  EXPECT_FALSE(SVFileGetRecentFileData::IsExtValid("wav")) << "the dot belongs to the extension";
+
+  const char* const* video = SVFileGetRecentFileData::VideoExtensions();
+  const char* const* audio = SVFileGetRecentFileData::AudioExtensions();
+  const std::vector<std::string> videoStart(video, video + 7);
+  EXPECT_EQ(videoStart, (std::vector<std::string>{".264", ".3g2", ".3gp", ".3gpp", ".amv", ".asf", ".asx"}));
+  EXPECT_STREQ(audio[0], ".wav");
+  EXPECT_STREQ(audio[1], ".mp3");
+  std::set<std::string> all;
+  for (std::size_t i = 0; i < kSVVideoExtensionCount; ++i) all.insert(video[i]);
+  for (std::size_t i = 0; i < kSVAudioExtensionCount; ++i) all.insert(audio[i]);
+  EXPECT_EQ(all.size(), kSVVideoExtensionCount + kSVAudioExtensionCount) << "no extension is in both lists";
+}
+
+}  // namespace

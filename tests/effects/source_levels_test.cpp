@@ -1,0 +1,33 @@
+#include "effects/source_levels.h"
+
+#include <gtest/gtest.h>
+
+#include "effect_test_sources.h"
+
+TEST(SourceLevels, MeasuresEachChannelsPeakAndMeanAndRewinds) {
+  // 20000 frames: more than two blocks. Channel 0 rises 0 ... 19999, channel 1 falls.
+  const std::vector<float> x = Staircase(20000, 2);
+  LSoundSource source = MakeBufferSource(x, 8000, 2);
+  source.Seek(777);
+  LSourceLevels levels;
+  LProcessInterfaceQuiet process;
+  ASSERT_EQ(LSourceLevelsMeasure(process, source, levels), kLProcessSuccess);
+  EXPECT_EQ(levels.frames, 20000);
+  EXPECT_EQ(levels.peak[0], 19999.0f);
+  EXPECT_EQ(levels.peak[1], 19999.0f);
+  EXPECT_DOUBLE_EQ(levels.mean[0], 9999.5);
+  EXPECT_DOUBLE_EQ(levels.mean[1], -9999.5);
+  EXPECT_EQ(levels.PeakAll(), 19999.0f);
+  EXPECT_EQ(source.GetPositionSample(), 0);
+  EXPECT_EQ(process.Progress(), 1.0);
+}
+
+TEST(SourceLevels, StopsWhenCancelled) {
+  LSoundSource source = MakeBufferSource(Staircase(20000, 1), 8000, 1);
+  LSourceLevels levels;
+  LProcessInterfaceQuiet process;
+  process.CancelAfterChecks(1);
+  EXPECT_EQ(LSourceLevelsMeasure(process, source, levels), kLProcessCancelled);
+  EXPECT_EQ(levels.frames, 8192);
+  EXPECT_EQ(source.GetPositionSample(), 0);
+}
