@@ -1,118 +1,69 @@
 #include "cli/audio_io.h"
 
-#include <cstdio>
-
 #include "base/platform_file.h"
-#include "formats/open_error.h"
-#include "formats/wave_file.h"
 
-namespace {
-
-std::string WaveDescription(const LWaveFileFormat& f) {
-  char text[96];
-  switch (f.tag) {
-    case kLWaveTagPCM:
-      std::snprintf(text, sizeof text, "WAVE, PCM %u Bit", f.bitsPerSample);
-      break;
-    case kLWaveTagIEEEFloat:
-      std::snprintf(text, sizeof text, "WAVE, Gleitkomma %u Bit", f.bitsPerSample);
-      break;
-    case kLWaveTagALaw:
-      return "WAVE, A-law";
-    case kLWaveTagMuLaw:
-      return "WAVE, µ-law";
-    case kLWaveTagIMAADPCM:
-      return "WAVE, IMA ADPCM";
-    case kLWaveTagGSM610:
-      return "WAVE, GSM 6.10";
-    default:
-      std::snprintf(text, sizeof text, "WAVE, Formatkennung %u", f.tag);
+LSoundSource OpenInput(const std::string& path, const std::optional<LRawSettings>& raw, LSoundFileInfo* info,
+                       std::string* message) {
+  if (!LFileExists(path.c_str())) {
+    *message = "Die Datei \"" + path + "\" kann nicht geöffnet werden. Überprüfen Sie, ob diese existiert und Sie Lesezugriff haben.";
+    return LSoundSource::Error(kLSourceCannotOpen);
   }
-  return text;
-}
-
-const char* RawDescription(int code) {
-  switch (code) {
-    case kLRawVOX: return "Rohdaten, Dialogic VOX ADPCM";
-    case kLRawMuLaw: return "Rohdaten, µ-law";
-    case kLRawALaw: return "Rohdaten, A-law";
-    case kLRaw16: return "Rohdaten, PCM 16 Bit";
-    case kLRawU8: return "Rohdaten, PCM 8 Bit ohne Vorzeichen";
-    case kLRawS8: return "Rohdaten, PCM 8 Bit";
-    case kLRawBE16: return "Rohdaten, PCM 16 Bit Big-Endian";
-    case kLRawFloat: return "Rohdaten, Gleitkomma 32 Bit";
-    case kLRawFloatBE: return "Rohdaten, Gleitkomma 32 Bit Big-Endian";
-    default: return "Rohdaten";
-  }
-}
-
-}  // namespace
-
-LSoundSource OpenInput(const std::string& path, const std::optional<LRawSettings>& raw,
-                       InputDescription* description, std::string* message) {
-  LSoundSource source;
-  if (raw) {
-    source = LRawFile::OpenSource(path.c_str(), *raw);
-    description->format = RawDescription(raw->formatCode);
-    if (!source.IsError() && !LFileExists(path.c_str())) source = LSoundSource::Error(kLSourceCannotOpen);
-  } else {
-    LWaveFileFormat format;
-    source = LWaveFile::OpenSource(path.c_str(), &format);
-    description->format = WaveDescription(format);
-  }
-  if (source.IsError()) *message = LOpenErrorMessage(source.GetErrorCode(), path.c_str());
+  LSoundSource source = raw ? LSoundFile::OpenSource(path.c_str(), *raw, info) : LSoundFile::OpenSource(path.c_str(), info);
+  if (source.IsError()) *message = LSoundFile::OpenErrorMessage(source, path.c_str(), *info);
   return source;
 }
 
-bool IsKnownLayout(const std::string& layout) {
-  for (const char* name : {"pcm8", "pcm16", "pcm24", "pcm32", "float", "alaw", "ulaw", "ima", "gsm", "raw"}) {
-    if (layout == name) return true;
+std::string DescribeFormat(const LSoundFileInfo& info) {
+  std::string text = info.formatLongName.empty() ? info.formatName : info.formatLongName;
+  const std::string& c = info.codecName;
+  const bool pcm = c.rfind("pcm_", 0) == 0;
+  if (pcm && (c == "pcm_alaw" || c == "pcm_mulaw")) {
+    text += c == "pcm_alaw" ? ", A-law" : ", µ-law";
+  } else if (pcm && info.bitsPerSample > 0) {
+    const bool floating = c.find("pcm_f") == 0;
+    text += (floating ? ", Gleitkomma " : ", PCM ") + std::to_string(info.bitsPerSample) + " Bit";
+  } else {
+    if (!info.codecLongName.empty() || !c.empty()) text += ", " + (info.codecLongName.empty() ? c : info.codecLongName);
+    if (info.bitRate > 0) text += ", " + std::to_string(info.bitRate / 1000) + " kbit/s";
   }
+  if (info.hasVideo) text += " (Tonspur eines Videos)";
+  return text;
+}
+
+bool FormatFromName(const std::string& name, LSoundFileFormat* format, std::string* message) {
+  if (LSoundFileLayoutFromName(name.c_str(), &format->layout)) {
+    format->kind = LSoundFileKind::kWave;
+    return true;
+  }
+  if (LSoundFileKindFromName(name.c_str(), &format->kind)) return true;
+  *message = "Unbekanntes Format \"" + name +
+             "\". Möglich sind wav, rf64, aiff, mp3, flac, ogg, opus, raw und die WAVE-Formate pcm8, pcm16, pcm24, "
+             "pcm32, float, alaw, ulaw, ima, gsm.";
   return false;
 }
 
-std::string DefaultLayoutFor(const InputDescription& input) {
-  const std::string& f = input.format;
-  if (f.find("PCM 8") != std::string::npos) return "pcm8";
-  if (f.find("PCM 24") != std::string::npos) return "pcm24";
-  if (f.find("PCM 32") != std::string::npos) return "pcm32";
-  if (f.find("Gleitkomma") != std::string::npos) return "float";
-  if (f.find("A-law") != std::string::npos) return "alaw";
-  if (f.find("µ-law") != std::string::npos) return "ulaw";
-  return "pcm16";
-}
-
-LSoundSink OpenOutput(const std::string& path, const OutputChoice& choice, std::uint32_t sampleRate,
-                      std::uint8_t channels, std::string* message) {
-  LSoundSink sink;
-  const std::string& l = choice.layout;
-  const char* p = path.c_str();
-  int rate = static_cast<int>(sampleRate);
-  if (l == "pcm8" || l == "pcm16" || l == "pcm24" || l == "pcm32") {
-    unsigned short bits = static_cast<unsigned short>(std::stoi(l.substr(3)));
-    sink = LWaveFile::OpenSinkPCM(p, rate, channels, bits, 0, choice.dither);
-  } else if (l == "float") {
-    sink = LWaveFile::OpenSinkFloatExport(p, rate, channels);
-  } else if (l == "alaw" || l == "ulaw" || l == "ima" || l == "gsm") {
-    if ((l == "ima" || l == "gsm") && channels != 1) {
-      *message = "Das Format \"" + l + "\" kann nur Mono-Audio speichern.";
-      return LSoundSink::Error();
-    }
-    LWaveFileFormat format;
-    format.tag = l == "alaw" ? kLWaveTagALaw : l == "ulaw" ? kLWaveTagMuLaw : l == "ima" ? kLWaveTagIMAADPCM : kLWaveTagGSM610;
-    format.channels = channels;
-    format.sampleRate = sampleRate;
-    format.bitsPerSample = (l == "ima") ? 4 : (l == "gsm") ? 0 : 8;
-    sink = LWaveFile::OpenSink(p, format);
-  } else if (l == "raw") {
-    LRawSettings raw = choice.raw;
-    raw.sampleRate = rate;
-    raw.channels = channels;
-    sink = LRawFile::OpenSink(p, raw);
-  } else {
-    *message = "Unbekanntes Zielformat \"" + l + "\".";
-    return LSoundSink::Error();
+bool FormatForTarget(const std::string& target, const std::string& name, const LSoundFileInfo* input,
+                     LSoundFileFormat* format, std::string* message) {
+  if (!name.empty()) {
+    if (!FormatFromName(name, format, message)) return false;
+    LSoundFileLayout layout;
+    // A layout name with a target of another kind ("out.aiff --to pcm24") keeps the target's kind.
+    LSoundFileKind kind;
+    if (LSoundFileLayoutFromName(name.c_str(), &layout) && LSoundFileKindForPath(target.c_str(), &kind)) format->kind = kind;
+    return true;
   }
-  if (sink.HasError()) *message = "Die Datei \"" + path + "\" kann nicht geschrieben werden.";
-  return sink;
+  if (!LSoundFileKindForPath(target.c_str(), &format->kind)) {
+    *message = "Das Format von \"" + target + "\" lässt sich nicht an der Endung erkennen. Bitte --to FORMAT angeben.";
+    return false;
+  }
+  if (input && (format->kind == LSoundFileKind::kWave || format->kind == LSoundFileKind::kAiff)) {
+    const std::string& c = input->codecName;
+    if (c == "pcm_u8" || c == "pcm_s8") format->layout = LSoundFileLayout::kPcm8;
+    else if (c.find("24") != std::string::npos) format->layout = LSoundFileLayout::kPcm24;
+    else if (c.find("s32") != std::string::npos) format->layout = LSoundFileLayout::kPcm32;
+    else if (c.find("f32") != std::string::npos || c.find("f64") != std::string::npos) format->layout = LSoundFileLayout::kFloat;
+    else if (c == "pcm_alaw" && format->kind == LSoundFileKind::kWave) format->layout = LSoundFileLayout::kALaw;
+    else if (c == "pcm_mulaw" && format->kind == LSoundFileKind::kWave) format->layout = LSoundFileLayout::kULaw;
+  }
+  return true;
 }

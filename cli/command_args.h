@@ -11,9 +11,7 @@
 // Prints a German error message to standard error, prefixed with the program name.
 void PrintError(const std::string& message);
 
-// Exit statuses of the command.
-enum CommandStatus : int {
-  kCommandOK = 0,
-  kCommandCancelled = 1,
-  kCommandFailed = 2,
-};
+// Exit statuses of the command (those of LProcessResult).
+inline constexpr int kCommandOK = 0;
+inline constexpr int kCommandCancelled = 1;
+inline constexpr int kCommandFailed = 2;

@@ -5,36 +5,44 @@
 #include "base/safe_save.h"
 #include "cli/audio_io.h"
 #include "cli/command_args.h"
+#include "cli/command_line.h"
 #include "cli/terminal_progress.h"
-#include "engine/source_to_sink.h"
 
 int RunConvertCommand(const std::vector<std::string>& args) {
   std::optional<LRawSettings> rawIn;
   std::optional<LRawSettings> rawOut;
-  OutputChoice choice;
+  std::string to;
+  bool dither = false;
+  double rate = 0, channels = 0;
   std::vector<std::string> files;
   for (size_t i = 0; i < args.size(); ++i) {
     const std::string& a = args[i];
+    const bool takesValue = a == "--to" || a == "--raw-in" || a == "--raw" || a == "--rate" || a == "--channels";
+    if (takesValue && i + 1 >= args.size()) {
+      PrintError(a + " erwartet einen Wert.");
+      return kCommandFailed;
+    }
     if (a == "--to") {
-      if (i + 1 >= args.size()) {
-        PrintError("--to erwartet ein Format.");
-        return kCommandFailed;
-      }
-      choice.layout = args[++i];
-      if (!IsKnownLayout(choice.layout)) {
-        PrintError("Unbekanntes Zielformat \"" + choice.layout +
-                   "\". Möglich sind pcm8, pcm16, pcm24, pcm32, float, alaw, ulaw, ima, gsm und raw.");
-        return kCommandFailed;
-      }
+      to = args[++i];
     } else if (a == "--dither") {
-      choice.dither = true;
+      dither = true;
     } else if (a == "--raw-in" || a == "--raw") {
       LRawSettings settings;
-      if (i + 1 >= args.size() || !ParseRawSettings(args[++i], &settings)) {
+      if (!ParseRawSettings(args[++i], &settings)) {
         PrintError(a + " erwartet RATE,KANÄLE,CODE, zum Beispiel 8000,1,1.");
         return kCommandFailed;
       }
       (a == "--raw" ? rawOut : rawIn) = settings;
+    } else if (a == "--rate") {
+      if (!ParseNumber(args[++i], &rate) || rate < 1000 || rate > 768000) {
+        PrintError("--rate erwartet eine Abtastrate von 1000 bis 768000 Hz.");
+        return kCommandFailed;
+      }
+    } else if (a == "--channels") {
+      if (!ParseNumber(args[++i], &channels) || channels < 1 || channels > 16) {
+        PrintError("--channels erwartet 1 bis 16 Kanäle.");
+        return kCommandFailed;
+      }
     } else if (a.size() > 1 && a[0] == '-') {
       PrintError("Unbekannte Option \"" + a + "\" für convert.");
       return kCommandFailed;
@@ -46,48 +54,57 @@ int RunConvertCommand(const std::vector<std::string>& args) {
     PrintError("convert erwartet eine Eingabe- und eine Ausgabedatei.");
     return kCommandFailed;
   }
+  std::string message;
+  LSoundFileFormat format;
   if (rawOut) {
-    if (!choice.layout.empty() && choice.layout != "raw") {
-      PrintError("--raw passt nicht zu --to " + choice.layout + ".");
+    if (!to.empty() && to != "raw") {
+      PrintError("--raw passt nicht zu --to " + to + ".");
       return kCommandFailed;
     }
-    choice.layout = "raw";
-    choice.raw = *rawOut;
-  } else if (choice.layout == "raw") {
+    format.kind = LSoundFileKind::kRaw;
+    format.raw = *rawOut;
+    // The settings' rate and channels ask for a conversion like --rate and --channels.
+    if (rate == 0) rate = rawOut->sampleRate;
+    if (channels == 0) channels = rawOut->channels;
+  } else if (to == "raw") {
     PrintError("--to raw braucht --raw RATE,KANÄLE,CODE.");
     return kCommandFailed;
   }
 
-  InputDescription description;
-  std::string message;
-  LSoundSource source = OpenInput(files[0], rawIn, &description, &message);
+  LSoundFileInfo info;
+  LSoundSource source = OpenInput(files[0], rawIn, &info, &message);
   if (source.IsError()) {
     PrintError(message);
     return kCommandFailed;
   }
-  if (choice.layout.empty()) choice.layout = DefaultLayoutFor(description);
+  if (!rawOut && !FormatForTarget(files[1], to, &info, &format, &message)) {
+    PrintError(message);
+    return kCommandFailed;
+  }
+  format.dither = dither;
+  format.sampleRate = static_cast<std::uint32_t>(rate);
+  format.channels = static_cast<int>(channels);
+  format.tags = info.tags;
+  if (const char* missing = LSoundFile::MissingCodec(format)) {
+    PrintError(std::string("Der Codec \"") + missing + "\" ist in dieser Ausgabe von Sonvale nicht verfügbar.");
+    return kCommandFailed;
+  }
 
   LSafeSave save(files[1].c_str());
   if (!save.IsReady()) {
     PrintError("Die Datei \"" + files[1] + "\" kann nicht geschrieben werden. Überprüfen Sie, ob der Ordner existiert und Sie Schreibzugriff haben.");
     return kCommandFailed;
   }
-  LSoundSink sink = OpenOutput(save.TempPath(), choice, source.GetSampleRate(), source.GetChannels(), &message);
-  if (sink.HasError()) {
-    PrintError(message);
-    return kCommandFailed;
-  }
   TerminalProgress progress;
-  LPRSourceToSink job("Konvertieren", source, sink, true);
-  sink = LSoundSink();
-  LProcessResult result = Process(progress, job);
+  LProcessResult result = LSoundFile::Save(progress, source, save.TempPath().c_str(), format, "Konvertieren");
   progress.Finish();
   if (result == kLProcessCancelled) {
     PrintError("Abgebrochen. Die Datei \"" + files[1] + "\" bleibt unverändert.");
     return kCommandCancelled;
   }
   if (result != kLProcessSuccess || !save.Commit()) {
-    PrintError("Die Datei \"" + files[1] + "\" konnte nicht vollständig geschrieben werden (Speicherplatz oder Schreibrechte?). Sie bleibt unverändert.");
+    PrintError(progress.Error().empty() ? "Die Datei \"" + files[1] + "\" konnte nicht vollständig geschrieben werden. Sie bleibt unverändert."
+                                        : progress.Error() + " Die Datei \"" + files[1] + "\" bleibt unverändert.");
     return kCommandFailed;
   }
   return kCommandOK;

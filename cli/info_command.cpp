@@ -9,9 +9,11 @@
 
 namespace {
 
-long long DurationMs(long long frames, std::uint32_t rate) {
-  if (rate == 0) return 0;
-  return (frames / rate) * 1000 + ((frames % rate) * 1000) / rate;
+std::string DurationText(long long frames, std::uint32_t rate) {
+  long long ms = rate == 0 ? 0 : (frames / rate) * 1000 + ((frames % rate) * 1000) / rate;
+  char text[40];
+  LSoundTime(ms)._GetTextHMMSSFFF(text);
+  return text;
 }
 
 std::string JsonString(const std::string& s) {
@@ -30,6 +32,17 @@ std::string JsonString(const std::string& s) {
   }
   return out + "\"";
 }
+
+// Markers: the tag model's marker keys, else the container's chapters.
+LArray<std::uint64_t> Markers(const LSoundFileInfo& info) {
+  LArray<std::uint64_t> markers = info.tags.MarkerSamplesGet();
+  if (markers.empty()) {
+    for (const LSoundFileChapter& c : info.chapters) markers.push_back(static_cast<std::uint64_t>(c.start));
+  }
+  return markers;
+}
+
+bool IsMarkerKey(const std::string& key) { return key.rfind("marker_", 0) == 0; }
 
 }  // namespace
 
@@ -63,30 +76,47 @@ int RunInfoCommand(const std::vector<std::string>& args) {
   if (json) std::printf("[");
   bool first = true;
   for (const std::string& path : files) {
-    InputDescription description;
+    LSoundFileInfo info;
     std::string message;
-    LSoundSource source = OpenInput(path, raw, &description, &message);
+    LSoundSource source = OpenInput(path, raw, &info, &message);
     if (source.IsError()) {
       PrintError(message);
       status = kCommandFailed;
       continue;
     }
-    long long frames = source.GetEndSample();
-    char duration[40];
-    LSoundTime(DurationMs(frames, source.GetSampleRate()))._GetTextHMMSSFFF(duration);
+    const long long frames = source.GetEndSample();
+    const std::uint32_t rate = source.GetSampleRate();
+    const std::string format = raw ? "Rohdaten" : DescribeFormat(info);
+    const LArray<std::uint64_t> markers = Markers(info);
     if (json) {
-      std::printf("%s\n  {\"file\": %s, \"format\": %s, \"sampleRate\": %u, \"channels\": %u, \"frames\": %lld, "
-                  "\"duration\": %s, \"streaming\": %s}",
-                  first ? "" : ",", JsonString(path).c_str(), JsonString(description.format).c_str(),
-                  source.GetSampleRate(), source.GetChannels(), frames, JsonString(duration).c_str(),
-                  source.IsStreaming() ? "true" : "false");
+      std::printf("%s\n  {\"file\": %s, \"format\": %s, \"codec\": %s, \"sampleRate\": %u, \"channels\": %u, "
+                  "\"frames\": %lld, \"duration\": %s, \"streaming\": %s, \"tags\": {",
+                  first ? "" : ",", JsonString(path).c_str(), JsonString(format).c_str(),
+                  JsonString(info.codecName).c_str(), rate, source.GetChannels(), frames,
+                  JsonString(DurationText(frames, rate)).c_str(), source.IsStreaming() ? "true" : "false");
+      bool firstTag = true;
+      for (const auto& tag : info.tags) {
+        if (IsMarkerKey(tag.key)) continue;
+        std::printf("%s%s: %s", firstTag ? "" : ", ", JsonString(tag.key).c_str(), JsonString(tag.value).c_str());
+        firstTag = false;
+      }
+      std::printf("}, \"markers\": [");
+      for (std::size_t i = 0; i < markers.size(); ++i) std::printf("%s%llu", i ? ", " : "", static_cast<unsigned long long>(markers[i]));
+      std::printf("]}");
     } else {
       std::printf("%s%s\n", first ? "" : "\n", path.c_str());
-      std::printf("  Format:       %s\n", description.format.c_str());
-      std::printf("  Abtastrate:   %u Hz\n", source.GetSampleRate());
+      std::printf("  Format:       %s\n", format.c_str());
+      std::printf("  Abtastrate:   %u Hz\n", rate);
       std::printf("  Kanäle:       %u\n", source.GetChannels());
       std::printf("  Frames:       %lld%s\n", frames, source.IsStreaming() ? " (wird noch geschrieben)" : "");
-      std::printf("  Dauer:        %s\n", duration);
+      std::printf("  Dauer:        %s\n", DurationText(frames, rate).c_str());
+      for (const auto& tag : info.tags) {
+        if (!IsMarkerKey(tag.key)) std::printf("  Tag:          %s = %s\n", tag.key.c_str(), tag.value.c_str());
+      }
+      for (std::uint64_t m : markers) {
+        std::printf("  Marke:        %s (%llu)\n", DurationText(static_cast<long long>(m), rate).c_str(),
+                    static_cast<unsigned long long>(m));
+      }
     }
     first = false;
   }

@@ -4,8 +4,11 @@
 #include <string>
 #include <vector>
 
+#include "cli/batch_command.h"
 #include "cli/command_args.h"
 #include "cli/convert_command.h"
+#include "cli/edit_command.h"
+#include "cli/editor_session.h"
 #include "cli/info_command.h"
 #include "cli/terminal_progress.h"
 
@@ -19,8 +22,13 @@ void PrintUsage(FILE* out) {
       "  info [--json] [--raw-in R,K,C] DATEI...   Format, Abtastrate, Kanäle, Länge\n"
       "  convert EIN AUS [--to FORMAT] [--dither] [--raw-in R,K,C] [--raw R,K,C]\n"
       "                                            in ein anderes Format schreiben\n"
+      "  edit DATEI... [-e BEFEHLE]... [-f SKRIPT] [-o AUS] [--to FORMAT]\n"
+      "                                            Befehle auf Dokumente anwenden\n"
+      "  shell [DATEI...]                          Befehle interaktiv eingeben\n"
+      "  batch [-j N] (--chain KETTE.ecf | -e BEFEHLE...) [--to FORMAT] --out ORDNER\n"
+      "        [--shard K/N] DATEI...              viele Dateien gleich bearbeiten\n"
       "\n"
-      "Formate: pcm8 pcm16 pcm24 pcm32 float alaw ulaw ima gsm raw\n"
+      "Formate: wav rf64 aiff mp3 flac ogg opus raw, WAVE-Formate pcm8 pcm16 pcm24 pcm32 float alaw ulaw ima gsm\n"
       "Rohdaten-Codes: 0 VOX, 1 µ-law, 2 A-law, 3 16 Bit, 4 8 Bit ohne Vorzeichen,\n"
       "                5 8 Bit, 6 16 Bit Big-Endian, 7 Gleitkomma, 8 Gleitkomma Big-Endian\n",
       out);
@@ -38,8 +46,13 @@ int main(int argc, char** argv) {
   TerminalProgress::InstallInterruptHandler();
   if (command == "info") return RunInfoCommand(args);
   if (command == "convert") return RunConvertCommand(args);
+  if (command == "edit") return RunEditCommand(args);
+  if (command == "shell") return RunShellCommand(args);
+  if (command == "batch") return RunBatchCommand(args);
   if (command == "hilfe" || command == "help" || command == "--help" || command == "-h") {
     PrintUsage(stdout);
+    std::fputs("\n", stdout);
+    std::fputs(EditorSession::HelpText(), stdout);
     return kCommandOK;
   }
   PrintError("Unbekannter Befehl \"" + command + "\". \"sonvale hilfe\" zeigt die Befehle.");

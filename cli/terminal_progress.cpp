@@ -1,5 +1,6 @@
 #include "cli/terminal_progress.h"
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <unistd.h>
@@ -19,6 +20,8 @@ void TerminalProgress::InstallInterruptHandler() {
 
 bool TerminalProgress::Interrupted() { return gInterrupted != 0; }
 
+void TerminalProgress::ResetInterrupt() { gInterrupted = 0; }
+
 TerminalProgress::TerminalProgress(bool quiet) : quiet_(quiet), tty_(isatty(STDERR_FILENO) != 0) {}
 
 TerminalProgress::~TerminalProgress() { Finish(); }
@@ -32,6 +35,7 @@ void TerminalProgress::Reset() {
 }
 
 void TerminalProgress::SetStatus(const char* text, int line) {
+  if (lastShown_ < 0) start_ = std::chrono::steady_clock::now();
   status_[line == 0 ? 0 : 1] = text ? text : "";
   if (tty_ && drawn_) Draw();
 }
@@ -58,8 +62,8 @@ void TerminalProgress::Draw() {
     std::fprintf(stderr, "\r\033[K%s [%s] %3d %%", title.c_str(), bar.c_str(), lastShown_);
     std::fflush(stderr);
     drawn_ = true;
-  } else if (lastShown_ / 10 != lastDecile_) {
-    // Without a terminal: one line per tenth, so logs stay short.
+  } else if (lastShown_ / 10 != lastDecile_ && std::chrono::steady_clock::now() - start_ > std::chrono::seconds(1)) {
+    // Without a terminal: one line per tenth of a job that takes a while, so logs stay short.
     lastDecile_ = lastShown_ / 10;
     std::fprintf(stderr, "%s: %d %%\n", title.empty() ? "Fortschritt" : title.c_str(), lastShown_);
   }

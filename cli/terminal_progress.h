@@ -2,6 +2,7 @@
 // The progress display of the command: a bar with the status lines on a
 // terminal, a plain percentage otherwise. Ctrl-C raises the cancel flag.
 #include <atomic>
+#include <chrono>
 #include <string>
 
 #include "base/process_interface.h"
@@ -26,6 +27,8 @@ public:
   // Installs the SIGINT handler that cancels the running job.
   static void InstallInterruptHandler();
   static bool Interrupted();
+  // Clears an interrupt that ended the last job, before the next one starts.
+  static void ResetInterrupt();
 
 private:
   void Draw();
@@ -35,5 +38,6 @@ private:
   std::string error_;
   int lastShown_ = -1;
   int lastDecile_ = -1;
+  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
   bool drawn_ = false;
 };

@@ -94,10 +94,11 @@ TEST_F(ConvertCommand, BadInputGivesAGermanMessageAndLeavesTheTargetAsItWas) {
     const char* expected;
   } cases[] = {
       {{"convert", tmp_.File("missing.wav"), target}, "kann nicht geöffnet werden"},
-      {{"convert", in_, target, "--to", "mp5"}, "Unbekanntes Zielformat"},
+      {{"convert", in_, target, "--to", "mp5"}, "Unbekanntes Format"},
       {{"convert", in_, target, "--raw-in", "8000,x,1"}, "--raw-in erwartet"},
       {{"convert", in_}, "erwartet eine Eingabe- und eine Ausgabedatei"},
-      {{"convert", in_, target, "--to", "ima"}, "nur Mono"},
+      {{"convert", in_, target, "--rate", "12"}, "--rate erwartet"},
+      {{"convert", in_, tmp_.File("x.xyz")}, "an der Endung erkennen"},
       {{"frobnicate"}, "Unbekannter Befehl"},
   };
   for (const Case& c : cases) {

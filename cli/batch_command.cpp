@@ -1,0 +1,153 @@
+#include "cli/batch_command.h"
+
+#include <csignal>
+#include <cstdio>
+#include <map>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "cli/command_line.h"
+#include "cli/editor_session.h"
+#include "cli/terminal_progress.h"
+#include "formats/sound_file.h"
+
+namespace {
+
+std::string BaseName(const std::string& path) {
+  auto slash = path.rfind('/');
+  return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+// DIR/name with the extension of the target format (the input's own when none is named).
+std::string TargetPath(const std::string& dir, const std::string& input, const std::string& to) {
+  std::string name = BaseName(input);
+  LSoundFileKind kind;
+  if (!to.empty()) {
+    LSoundFileLayout layout;
+    const char* ext = LSoundFileLayoutFromName(to.c_str(), &layout) ? "wav"
+                      : LSoundFileKindFromName(to.c_str(), &kind) ? LSoundFileKindName(kind)
+                                                                   : nullptr;
+    if (ext) {
+      auto dot = name.rfind('.');
+      name = (dot == std::string::npos ? name : name.substr(0, dot)) + "." + ext;
+    }
+  }
+  return dir + "/" + name;
+}
+
+// One file, in a process of its own, so that files never share state.
+int RunOne(const std::string& input, const std::vector<std::string>& commands, const std::string& target,
+           const std::string& to) {
+  EditorSession session(false, true);
+  int status = session.OpenDocument(input);
+  for (std::size_t i = 0; status == kCommandOK && i < commands.size(); ++i) status = session.ExecuteLine(commands[i]);
+  if (status == kCommandOK) status = session.SaveCurrent(target, to);
+  return status;
+}
+
+}  // namespace
+
+int RunBatchCommand(const std::vector<std::string>& args) {
+  std::vector<std::string> files, commands;
+  std::string out, to;
+  double jobs = 1;
+  long shardIndex = 1, shardCount = 1;
+  for (std::size_t i = 0; i < args.size(); ++i) {
+    const std::string& a = args[i];
+    const bool takesValue = a == "-j" || a == "-e" || a == "--chain" || a == "--to" || a == "--out" || a == "--shard";
+    if (takesValue && i + 1 >= args.size()) {
+      PrintError(a + " erwartet einen Wert.");
+      return kCommandFailed;
+    }
+    if (a == "-j") {
+      if (!ParseNumber(args[++i], &jobs) || jobs < 1 || jobs > 64) {
+        PrintError("-j erwartet 1 bis 64 gleichzeitige Dateien.");
+        return kCommandFailed;
+      }
+    } else if (a == "-e") {
+      commands.push_back(args[++i]);
+    } else if (a == "--chain") {
+      commands.push_back("chain \"" + args[++i] + "\"");
+    } else if (a == "--to") {
+      to = args[++i];
+    } else if (a == "--out") {
+      out = args[++i];
+    } else if (a == "--shard") {
+      if (std::sscanf(args[++i].c_str(), "%ld/%ld", &shardIndex, &shardCount) != 2 || shardCount < 1 ||
+          shardIndex < 1 || shardIndex > shardCount) {
+        PrintError("--shard erwartet K/N mit 1 ≤ K ≤ N, zum Beispiel 2/4.");
+        return kCommandFailed;
+      }
+    } else if (a.size() > 1 && a[0] == '-') {
+      PrintError("Unbekannte Option \"" + a + "\" für batch.");
+      return kCommandFailed;
+    } else {
+      files.push_back(a);
+    }
+  }
+  struct stat st {};
+  if (out.empty() || ::stat(out.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
+    PrintError("batch braucht mit --out einen vorhandenen Zielordner.");
+    return kCommandFailed;
+  }
+  if (commands.empty()) {
+    PrintError("batch braucht --chain DATEI.ecf oder mindestens ein -e BEFEHLE.");
+    return kCommandFailed;
+  }
+  if (!to.empty()) {
+    LSoundFileFormat probe;
+    if (!LSoundFileLayoutFromName(to.c_str(), &probe.layout) && !LSoundFileKindFromName(to.c_str(), &probe.kind)) {
+      PrintError("Unbekanntes Format \"" + to + "\".");
+      return kCommandFailed;
+    }
+  }
+  // Every machine of a shard takes every N-th file, counted from K.
+  std::vector<std::string> mine;
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    if (static_cast<long>(i % static_cast<std::size_t>(shardCount)) == shardIndex - 1) mine.push_back(files[i]);
+  }
+  if (mine.empty()) {
+    std::printf("Keine Dateien für diesen Teil.\n");
+    return kCommandOK;
+  }
+
+  std::map<pid_t, std::string> running;
+  std::vector<std::string> failed;
+  int done = 0, cancelled = 0;
+  auto reap = [&] {
+    int status = 0;
+    pid_t pid = ::wait(&status);
+    if (pid <= 0) return;
+    const std::string file = running[pid];
+    running.erase(pid);
+    const int code = WIFEXITED(status) ? WEXITSTATUS(status) : kCommandFailed;
+    if (code == kCommandOK) {
+      ++done;
+    } else if (code == kCommandCancelled) {
+      ++cancelled;
+    } else {
+      failed.push_back(file);
+    }
+  };
+  for (const std::string& file : mine) {
+    if (TerminalProgress::Interrupted()) break;
+    while (running.size() >= static_cast<std::size_t>(jobs)) reap();
+    std::fflush(nullptr);
+    pid_t pid = ::fork();
+    if (pid == 0) _exit(RunOne(file, commands, TargetPath(out, file, to), to));
+    if (pid < 0) {
+      failed.push_back(file);
+      continue;
+    }
+    running[pid] = file;
+  }
+  while (!running.empty()) reap();
+
+  std::printf("Stapelverarbeitung: %d erfolgreich, %zu fehlgeschlagen", done, failed.size());
+  if (cancelled) std::printf(", %d abgebrochen", cancelled);
+  std::printf(" (von %zu Dateien).\n", mine.size());
+  for (const std::string& f : failed) std::printf("  fehlgeschlagen: %s\n", f.c_str());
+  if (!failed.empty()) return kCommandFailed;
+  return (cancelled || TerminalProgress::Interrupted()) ? kCommandCancelled : kCommandOK;
+}

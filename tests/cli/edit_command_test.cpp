@@ -1,0 +1,189 @@
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+#include "run_command.h"
+#include "support/temp_folder.h"
+#include "wave_bytes.h"
+
+namespace {
+
+// A mono staircase: sample i holds i (mod 30000), so any misplaced frame names itself.
+std::vector<std::int16_t> Staircase(int frames) {
+  std::vector<std::int16_t> s(static_cast<size_t>(frames));
+  for (int i = 0; i < frames; ++i) s[static_cast<size_t>(i)] = static_cast<std::int16_t>(i % 30000);
+  return s;
+}
+
+class EditCommand : public ::testing::Test {
+protected:
+  void SetUp() override {
+    in_ = tmp_.File("in.wav");
+    WriteFileBytes(in_, WaveBytes16(Staircase(8000), 1, 8000));
+    env_ = {"SONVALE_CACHE_DIR=" + tmp_.File("cache"), "XDG_CONFIG_HOME=" + tmp_.File("config"),
+            "XDG_DATA_HOME=" + tmp_.File("data"), "TMPDIR=" + tmp_.Path()};
+  }
+  CommandResult Edit(const std::vector<std::string>& args, const std::string& input = "") {
+    return RunSonvale(args, env_, input);
+  }
+  std::vector<std::int16_t> Saved(const std::string& name) { return WaveSamples16(ReadFileBytes(tmp_.File(name))); }
+  int CacheItems() {
+    int n = 0;
+    if (DIR* d = opendir(tmp_.File("cache").c_str())) {
+      while (dirent* e = readdir(d)) n += std::string(e->d_name).find(".aud") != std::string::npos &&
+                                          std::string(e->d_name).find(".audinfo") == std::string::npos;
+      closedir(d);
+    }
+    return n;
+  }
+
+  TempFolder tmp_;
+  std::string in_;
+  std::vector<std::string> env_;
+};
+
+}  // namespace
+
+TEST_F(EditCommand, CutPasteDeleteAndReverseGiveExactlyTheFramesTheyMust) {
+  CommandResult r = Edit({"edit", in_, "-e", "select 100f 200f; cut; cursor 1000f; paste", "-e",
+                          "select 0f 10f; delete; select 50f 54f; reverse", "-o", tmp_.File("out.wav")});
+  ASSERT_EQ(r.status, 0) << r.err;
+  // The model: the same edits on a plain vector.
+  std::vector<std::int16_t> m = Staircase(8000);
+  std::vector<std::int16_t> clip(m.begin() + 100, m.begin() + 200);
+  m.erase(m.begin() + 100, m.begin() + 200);
+  m.insert(m.begin() + 1000, clip.begin(), clip.end());
+  m.erase(m.begin(), m.begin() + 10);
+  std::reverse(m.begin() + 50, m.begin() + 54);
+  EXPECT_EQ(Saved("out.wav"), m);
+}
+
+TEST_F(EditCommand, UndoAndRedoAcrossCommandsRestoreEveryState) {
+  CommandResult r = Edit({"edit", in_, "-e", "select 0f 4000f; amplify -6; reverse; undo; undo", "-o",
+                          tmp_.File("undone.wav")});
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(Saved("undone.wav"), Staircase(8000));
+  r = Edit({"edit", in_, "-e", "select 0f 4000f; reverse; undo; redo", "-o", tmp_.File("redone.wav")});
+  ASSERT_EQ(r.status, 0) << r.err;
+  std::vector<std::int16_t> m = Staircase(8000);
+  std::reverse(m.begin(), m.begin() + 4000);
+  EXPECT_EQ(Saved("redone.wav"), m);
+  r = Edit({"edit", in_, "-e", "undo"});
+  EXPECT_EQ(r.status, 2);
+  EXPECT_NE(r.err.find("nichts rückgängig"), std::string::npos) << r.err;
+}
+
+TEST_F(EditCommand, AShellSessionOnStandardInputRunsTheSameCommands) {
+  std::string script = "open " + in_ + "\nselect 10f 20f\ndelete\nsave " + tmp_.File("shell.wav") + "\nstatus\nquit\n";
+  CommandResult r = Edit({"shell"}, script);
+  ASSERT_EQ(r.status, 0) << r.err;
+  std::vector<std::int16_t> m = Staircase(8000);
+  m.erase(m.begin() + 10, m.begin() + 20);
+  EXPECT_EQ(Saved("shell.wav"), m);
+  EXPECT_NE(r.out.find("7990 Frames"), std::string::npos) << r.out;
+}
+
+TEST_F(EditCommand, BadInputStopsWithAGermanMessageAndTouchesNoFile) {
+  std::string target = tmp_.File("target.wav");
+  WriteFileBytes(target, "previous");
+  const std::string original = ReadFileBytes(in_);
+  WriteFileBytes(tmp_.File("damaged.wav"), original.substr(0, 20));
+  struct Case {
+    std::vector<std::string> args;
+    const char* message;
+  } cases[] = {
+      {{"edit", tmp_.File("missing.wav"), "-o", target}, "kann nicht geöffnet werden"},
+      {{"edit", tmp_.File("damaged.wav"), "-o", target}, "beschädigt"},
+      {{"edit", in_, "-e", "frobnicate", "-o", target}, "Unbekannter Befehl"},
+      {{"edit", in_, "-e", "select 1:2:3:4:5 2", "-o", target}, "Ungültige Zeitangabe"},
+      {{"edit", in_, "-e", "select 0 5", "-o", target}, "hinter dem Ende"},
+      {{"edit", in_, "-e", "band 2000 1000", "-o", target}, "unter der unteren"},
+      {{"edit", in_, "-e", "delete; reverse", "-o", target}, "zuerst einen Bereich"},
+      {{"edit", in_, "-o", tmp_.File("no/such/folder/x.wav")}, "kann nicht geschrieben werden"},
+      {{"edit", in_, "-e", "save " + target + " --to mp5"}, "Unbekanntes Format"},
+  };
+  for (const Case& c : cases) {
+    CommandResult r = Edit(c.args);
+    EXPECT_EQ(r.status, 2) << c.message;
+    EXPECT_NE(r.err.find(c.message), std::string::npos) << c.message << ": " << r.err;
+    EXPECT_EQ(ReadFileBytes(target), "previous");
+    EXPECT_EQ(ReadFileBytes(in_), original);
+  }
+}
+
+TEST_F(EditCommand, ReopeningAnUntouchedFileReusesItsCacheItem) {
+  ASSERT_EQ(Edit({"edit", in_, "-e", "status"}).status, 0);
+  EXPECT_EQ(CacheItems(), 1);
+  ASSERT_EQ(Edit({"edit", in_, "-e", "status"}).status, 0);
+  EXPECT_EQ(CacheItems(), 1);
+  // Touching the file makes the next open decode it again; the stale copy waits for the clean-up.
+  WriteFileBytes(in_, WaveBytes16(Staircase(8001), 1, 8000));
+  ASSERT_EQ(Edit({"edit", in_, "-e", "status"}).status, 0);
+  EXPECT_EQ(CacheItems(), 2);
+}
+
+TEST_F(EditCommand, InterruptingALongEffectLeavesTheTargetUntouched) {
+  std::string target = tmp_.File("long.wav");
+  WriteFileBytes(target, "previous");
+  const std::string script = "new 44100 2; generate noise 20:00; effect echo; save " + target;
+  pid_t pid = fork();
+  if (pid == 0) {
+    for (const auto& e : env_) putenv(const_cast<char*>(e.c_str()));
+    int null = open("/dev/null", O_WRONLY);
+    dup2(null, 1);
+    dup2(null, 2);
+    execl(SONVALE_BINARY, "sonvale", "edit", "-e", script.c_str(), static_cast<char*>(nullptr));
+    _exit(127);
+  }
+  std::this_thread::sleep_for(std::chrono::milliseconds(700));
+  kill(pid, SIGINT);
+  int status = 0;
+  waitpid(pid, &status, 0);
+  ASSERT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 1);
+  EXPECT_EQ(ReadFileBytes(target), "previous");
+  EXPECT_EQ(CacheItems(), 0);
+}
+
+TEST_F(EditCommand, AProjectSavedByOneRunReopensInTheNextWithItsMarksEvenWithoutTheCache) {
+  const std::string project = tmp_.File("p.svp");
+  CommandResult r = Edit({"edit", in_, "-e",
+                          "select 0f 100f; delete; bookmark add Mitte 2000f; region add Anfang 0f 500f; project save " +
+                              project});
+  ASSERT_EQ(r.status, 0) << r.err;
+  // The full save carries its audio, so a cleaned cache does not matter.
+  ASSERT_EQ(RunTool("rm -rf '" + tmp_.File("cache") + "'"), 0);
+  r = Edit({"edit", "-e", "project open " + project + "; bookmarks; regions; save " + tmp_.File("back.wav")});
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_NE(r.out.find("Mitte"), std::string::npos) << r.out;
+  EXPECT_NE(r.out.find("Anfang"), std::string::npos) << r.out;
+  std::vector<std::int16_t> m = Staircase(8000);
+  m.erase(m.begin(), m.begin() + 100);
+  EXPECT_EQ(Saved("back.wav"), m);
+}
+
+TEST_F(EditCommand, ABatchRunsEveryFileIndependentlyAndSumsUp) {
+  const std::string out = tmp_.File("out");
+  ASSERT_EQ(RunTool("mkdir '" + out + "'"), 0);
+  WriteFileBytes(tmp_.File("b.wav"), WaveBytes16(Staircase(100), 1, 8000));
+  CommandResult r = Edit({"batch", "-j", "2", "-e", "select 0f 10f; delete", "--out", out, in_, tmp_.File("b.wav"),
+                          tmp_.File("missing.wav")});
+  EXPECT_EQ(r.status, 2);
+  EXPECT_NE(r.out.find("2 erfolgreich, 1 fehlgeschlagen"), std::string::npos) << r.out;
+  EXPECT_EQ(WaveSamples16(ReadFileBytes(out + "/b.wav")).size(), 90u);
+  EXPECT_EQ(WaveSamples16(ReadFileBytes(out + "/in.wav")).size(), 7990u);
+  // Shard 2 of 2 takes only the second file.
+  ASSERT_EQ(RunTool("rm -f '" + out + "'/*"), 0);
+  r = Edit({"batch", "--shard", "2/2", "-e", "reverse", "--to", "flac", "--out", out, in_, tmp_.File("b.wav")});
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(ReadFileBytes(out + "/in.flac"), "");
+  EXPECT_NE(ReadFileBytes(out + "/b.flac"), "");
+}
