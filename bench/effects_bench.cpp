@@ -1,0 +1,90 @@
+// Effects on stereo 44.1 kHz noise, read in the pump's blocks; x_realtime is
+// seconds of audio per second of wall time.
+#include <memory>
+
+#include <benchmark/benchmark.h>
+
+#include "bench/bench_support.h"
+#include "effects/echo.h"
+#include "effects/eq.h"
+#include "effects/gain.h"
+#include "effects/point_list.h"
+#include "engine/source_to_sink.h"
+
+namespace {
+
+// Longer than any run reads, so the input never runs dry.
+constexpr long long kEndlessFrames = 24LL * 3600 * kBenchRate;
+
+// A band selection as the equaliser gets it: 1 to 2 kHz kept, the rest taken down to the floor.
+LSPEq BandPass() {
+  LPointList points;
+  for (const LPoint& p : {LPoint{10, -60}, LPoint{999, -60}, LPoint{1000, 0}, LPoint{2000, 0}, LPoint{2001, -60},
+                          LPoint{20000, -60}})
+    points.Add(p.frequency, p.gainDb);
+  LSPEq eq;
+  points.MapPointListToEq(eq, kBenchRate);
+  return eq;
+}
+
+// Reads one second of the effect per iteration. The equaliser works in blocks
+// of about three seconds, so a run lasts long enough to average over many.
+void ReadRealTime(benchmark::State& state, LSoundProcess& effect) {
+  LSoundSource input = LMakeSource<BenchNoiseSource>(kEndlessFrames, kBenchChannels);
+  LSoundSource output = effect.OpenSource(input);
+  LArray<float> buffer(static_cast<std::size_t>(kLPumpBlockFrames * kBenchChannels));
+  for (auto _ : state) {
+    for (long long at = 0; at < kBenchRate; at += kLPumpBlockFrames)
+      output.Read(buffer.data(), std::min<long long>(kLPumpBlockFrames, kBenchRate - at));
+    benchmark::DoNotOptimize(buffer.data());
+  }
+  state.counters["x_realtime"] =
+      benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+}
+
+void BM_EqBand(benchmark::State& state) {
+  LSPEq eq = BandPass();
+  ReadRealTime(state, eq);
+}
+BENCHMARK(BM_EqBand)->UseRealTime()->MinTime(3.0)->Unit(benchmark::kMillisecond);
+
+// What opening the equaliser costs before the first frame: the filter's design and the FFT plans.
+void BM_EqOpen(benchmark::State& state) {
+  LSPEq eq = BandPass();
+  LSoundSource input = LMakeSource<BenchNoiseSource>(kEndlessFrames, kBenchChannels);
+  for (auto _ : state) {
+    LSoundSource output = eq.OpenSource(input);
+    benchmark::DoNotOptimize(output.Get());
+  }
+}
+BENCHMARK(BM_EqOpen)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+void BM_Echo(benchmark::State& state) {
+  LSPEcho echo;
+  echo.SetGain(30);
+  echo.SetTime(1000);
+  ReadRealTime(state, echo);
+}
+BENCHMARK(BM_Echo)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+void BM_Gain(benchmark::State& state) {
+  LSPGain gain(-6.0);
+  ReadRealTime(state, gain);
+}
+BENCHMARK(BM_Gain)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+// The noise alone: what the numbers above include for their input.
+void BM_NoiseInput(benchmark::State& state) {
+  LSoundSource input = LMakeSource<BenchNoiseSource>(kEndlessFrames, kBenchChannels);
+  LArray<float> buffer(static_cast<std::size_t>(kLPumpBlockFrames * kBenchChannels));
+  for (auto _ : state) {
+    for (long long at = 0; at < kBenchRate; at += kLPumpBlockFrames)
+      input.Read(buffer.data(), std::min<long long>(kLPumpBlockFrames, kBenchRate - at));
+    benchmark::DoNotOptimize(buffer.data());
+  }
+  state.counters["x_realtime"] =
+      benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+}
+BENCHMARK(BM_NoiseInput)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+}  // namespace
