@@ -1,0 +1,107 @@
+// A conversion that runs out of room at any write: the command must fail and
+// leave the previous file as it was, with no temporary file behind; a command
+// that succeeds wrote the whole file.
+#include <gtest/gtest.h>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+#include <sys/wait.h>
+
+#include <cstdint>
+#include <fstream>
+#include <set>
+#include <string>
+
+#include "run_command.h"
+#include "support/file_size_limit.h"
+#include "support/temp_folder.h"
+
+namespace {
+
+constexpr int kFrames = 20001;  // more than two blocks of the pump, and odd
+constexpr std::uint32_t kRate = 8000;
+const std::string kOldContent = "der alte Inhalt";
+
+// Mono 16-bit WAVE bytes of a ramp.
+std::string MonoWave() {
+  std::string data;
+  for (int f = 0; f < kFrames; ++f) {
+    const auto v = static_cast<std::int16_t>((f * 53) % 50000 - 25000);
+    data.append(reinterpret_cast<const char*>(&v), 2);
+  }
+  auto u32 = [](std::uint32_t v) { return std::string(reinterpret_cast<const char*>(&v), 4); };
+  auto u16 = [](std::uint16_t v) { return std::string(reinterpret_cast<const char*>(&v), 2); };
+  return "RIFF" + u32(static_cast<std::uint32_t>(36 + data.size())) + "WAVEfmt " + u32(16) + u16(1) + u16(1) +
+         u32(kRate) + u32(kRate * 2) + u16(2) + u16(16) + "data" + u32(static_cast<std::uint32_t>(data.size())) + data;
+}
+
+void WriteFile(const std::string& path, const std::string& bytes) {
+  std::ofstream f(path, std::ios::binary | std::ios::trunc);
+  f << bytes;
+}
+
+// Runs the command with every file it writes limited to limit bytes; answers its exit status.
+int ConvertLimited(const std::vector<std::string>& args, long long limit) {
+  const pid_t child = fork();
+  if (child < 0) return -1;
+  if (child == 0) {
+    const int quiet = open("/dev/null", O_WRONLY);
+    dup2(quiet, STDOUT_FILENO);
+    dup2(quiet, STDERR_FILENO);
+    if (!LimitFileSizeOfThisProcess(limit)) _exit(126);
+    std::vector<char*> argv = {const_cast<char*>(SONVALE_BINARY)};
+    for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+    execv(SONVALE_BINARY, argv.data());
+    _exit(127);
+  }
+  int status = 0;
+  if (waitpid(child, &status, 0) != child) return -1;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::set<std::string> FolderNames(const std::string& folder) {
+  std::set<std::string> names;
+  if (DIR* dir = opendir(folder.c_str())) {
+    // Hidden names included: the temporary files of a save start with a dot.
+    while (dirent* entry = readdir(dir)) names.insert(entry->d_name);
+    closedir(dir);
+  }
+  names.erase(".");
+  names.erase("..");
+  return names;
+}
+
+}  // namespace
+
+TEST(ConvertFaults, AConversionThatRunsOutOfRoomFailsAndLeavesTheOldFileAsItWas) {
+  TempFolder folder;
+  const std::string in = folder.File("ein.wav");
+  WriteFile(in, MonoWave());
+  // Layouts whose last writes come when the writer finishes: a pad byte, a header, the last block.
+  for (const char* layout : {"pcm8", "ulaw", "ima", "pcm16"}) {
+    const std::string reference = folder.File(std::string("ref-") + layout + ".wav");
+    CommandResult made = RunSonvale({"convert", in, reference, "--to", layout});
+    ASSERT_EQ(made.status, 0) << layout << ": " << made.err;
+    const std::string clean = ReadFileBytes(reference);
+    const auto size = static_cast<long long>(clean.size());
+    ASSERT_GT(size, 1000);
+
+    const std::string out = folder.File(std::string("ziel-") + layout + ".wav");
+    const std::set<long long> limits = {0, 20, 43, 57, size / 3, size / 2, size - 70, size - 2, size - 1, size};
+    for (long long limit : limits) {
+      WriteFile(out, kOldContent);
+      const std::set<std::string> before = FolderNames(folder.Path());
+      const int status = ConvertLimited({"convert", in, out, "--to", layout}, limit);
+      if (limit < size) {
+        EXPECT_NE(status, 0) << layout << ": a conversion limited to " << limit << " of " << size << " bytes succeeded";
+        EXPECT_EQ(ReadFileBytes(out), kOldContent) << layout << " at " << limit << ": the old file was replaced";
+      } else {
+        EXPECT_EQ(status, 0) << layout;
+        EXPECT_EQ(ReadFileBytes(out), clean) << layout;
+      }
+      EXPECT_EQ(FolderNames(folder.Path()), before) << layout << " at " << limit << ": a temporary file stayed";
+    }
+  }
+}
