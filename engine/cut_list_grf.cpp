@@ -13,8 +13,8 @@
 
 namespace {
 
-// Records read per call in the copy phase.
-constexpr long long kRecordsPerRead = 32;
+// Record sets read per call in the copy phase: an hour's overview takes a few dozen reads.
+constexpr long long kRecordsPerRead = 4096;
 
 std::uint16_t GetCode(const unsigned char* at) {
   return static_cast<std::uint16_t>(at[0] | (static_cast<unsigned>(at[1]) << 8));
@@ -30,6 +30,7 @@ public:
     if (file_ && item == item_) return file_->IsOpen();
     item_ = item;
     lastSet_ = -1;
+    at_ = -1;
     LStringLong path = LSoundCache::Instance().FilePath(item, kLSoundCacheExtOverview);
     file_ = std::make_unique<LFileStream>(path.empty() ? -1 : LFileOpen(path.c_str(), kLFileRead, LFileLock::Shared));
     return file_->IsOpen();
@@ -48,8 +49,11 @@ public:
   // Reads record sets [first, first + sets) into out; what the file lacks reads as 0.
   void Read(long long first, long long sets, unsigned char* out) {
     const long long bytes = sets * recordSetBytes_;
+    const long long offset = first * recordSetBytes_;
     long long got = 0;
-    if (first >= 0 && file_->Seek(first * recordSetBytes_)) got = std::max(file_->Read(out, bytes), 0LL);
+    // Reads that follow each other need no seek.
+    if (first >= 0 && (offset == at_ || file_->Seek(offset))) got = std::max(file_->Read(out, bytes), 0LL);
+    at_ = (first >= 0 && got > 0) ? offset + got : -1;
     if (got < bytes) std::fill(out + got, out + bytes, static_cast<unsigned char>(0));
   }
 
@@ -58,6 +62,7 @@ private:
   unsigned short item_ = kLSoundCacheItemNone;
   std::unique_ptr<LFileStream> file_;
   long long lastSet_ = -1;
+  long long at_ = -1;  // the file position after the last read, -1 when not known
   std::vector<unsigned char> last_;
 };
 

@@ -16,20 +16,56 @@ void PutCode(unsigned char* at, std::uint16_t code) {
 LSoundCacheOverviewBuilder::LSoundCacheOverviewBuilder(int channels)
     : channels_(channels < 1 ? 1 : channels), positive_(channels_, 0.0f), negative_(channels_, 0.0f) {}
 
+namespace {
+
+// Running peaks over a stretch of frames; the channel count is a constant in the
+// common cases so the loop vectorises.
+template <int kChannels>
+void Peaks(const float* buffer, long long frames, int channels, float* positive, float* negative) {
+  const int n = kChannels > 0 ? kChannels : channels;
+  if constexpr (kChannels > 0) {
+    float hi[kChannels], lo[kChannels];
+    for (int c = 0; c < kChannels; ++c) {
+      hi[c] = positive[c];
+      lo[c] = negative[c];
+    }
+    for (long long f = 0; f < frames; ++f) {
+      for (int c = 0; c < kChannels; ++c) {
+        const float v = buffer[f * kChannels + c];
+        hi[c] = v > hi[c] ? v : hi[c];
+        lo[c] = v < lo[c] ? v : lo[c];
+      }
+    }
+    for (int c = 0; c < kChannels; ++c) {
+      positive[c] = hi[c];
+      negative[c] = lo[c];
+    }
+  } else {
+    for (long long f = 0; f < frames; ++f) {
+      for (int c = 0; c < n; ++c) {
+        const float v = buffer[f * n + c];
+        if (v > positive[c]) positive[c] = v;
+        if (v < negative[c]) negative[c] = v;
+      }
+    }
+  }
+}
+
+}  // namespace
+
 void LSoundCacheOverviewBuilder::Add(const float* buffer, long long frames) {
   float* positive = positive_.data();
   float* negative = negative_.data();
   while (frames > 0) {
     const long long take = std::min(frames, kLSoundCacheOverviewBlockFrames - blockFrames_);
-    const float* end = buffer + take * channels_;
-    for (const float* frame = buffer; frame < end; frame += channels_) {
-      for (int c = 0; c < channels_; ++c) {
-        const float v = frame[c];
-        if (v > positive[c]) positive[c] = v;
-        if (v < negative[c]) negative[c] = v;
-      }
+    if (channels_ == 1) {
+      Peaks<1>(buffer, take, 1, positive, negative);
+    } else if (channels_ == 2) {
+      Peaks<2>(buffer, take, 2, positive, negative);
+    } else {
+      Peaks<0>(buffer, take, channels_, positive, negative);
     }
-    buffer = end;
+    buffer += take * channels_;
     frames -= take;
     blockFrames_ += take;
     if (blockFrames_ >= kLSoundCacheOverviewBlockFrames) EndBlock();
