@@ -32,32 +32,38 @@ void LSoundDither::ConvertSamplesOut<LSF16>(void* out, const float* in, long lon
     return;
   }
   auto* dst = static_cast<unsigned char*>(out);
-  for (long long f = 0; f < frames; ++f) {
-    for (int c = 0; c < channels; ++c, ++in, dst += LSF16::kBytes) {
-      const float x = *in;
-      float& e1 = firstError_[c];
-      float& e2 = secondError_[c];
-      std::int32_t& run = silenceRun_[c];
+  // Channels do not affect each other: each is run on its own with its state in
+  // locals, which the stores into the byte buffer cannot alias.
+  for (int c = 0; c < channels; ++c) {
+    float e1 = firstError_[c];
+    float e2 = secondError_[c];
+    std::int32_t run = silenceRun_[c];
+    const float* x = in + c;
+    unsigned char* o = dst + c * LSF16::kBytes;
+    for (long long f = 0; f < frames; ++f, x += channels, o += channels * LSF16::kBytes) {
       std::int32_t q;
       if (run > 0) {
-        q = RoundScaled(run > kLongSilence ? x * kSilenceAttenuation : x);
+        q = RoundScaled(run > kLongSilence ? *x * kSilenceAttenuation : *x);
         if (q == 0) {
-          lsf_detail::Store<std::int16_t>(dst, 0);
+          lsf_detail::Store<std::int16_t>(o, 0);
           if (run < std::numeric_limits<std::int32_t>::max()) ++run;
           e2 = e1;
-          e1 = x;
+          e1 = *x;
           continue;
         }
       }
-      q = RoundScaled(x + kFirstErrorWeight * e1 + kSecondErrorWeight * e2);
-      lsf_detail::Store<std::int16_t>(dst, static_cast<std::int16_t>(q));
+      q = RoundScaled(*x + kFirstErrorWeight * e1 + kSecondErrorWeight * e2);
+      lsf_detail::Store<std::int16_t>(o, static_cast<std::int16_t>(q));
       if (q != 0) {
         run = 0;
       } else if (run < std::numeric_limits<std::int32_t>::max()) {
         ++run;
       }
       e2 = e1;
-      e1 = x - static_cast<float>(q) / kFullScale;
+      e1 = *x - static_cast<float>(q) / kFullScale;
     }
+    firstError_[c] = e1;
+    secondError_[c] = e2;
+    silenceRun_[c] = run;
   }
 }
