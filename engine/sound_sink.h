@@ -9,6 +9,8 @@
 // Counts are plain, not atomic (one thread at a time, as for sources).
 #include <cstdint>
 
+#include "engine/counted_handle.h"
+
 class LSoundSinkBase {
 public:
   LSoundSinkBase(std::uint32_t sampleRate, std::uint8_t channels)
@@ -40,7 +42,8 @@ protected:
   std::int32_t tag_ = 0;
 
 private:
-  friend class LSoundSink;
+  template <class>
+  friend class LCountedHandle;
   long long position_ = 0;
   std::uint32_t sampleRate_;
   std::uint8_t channels_;
@@ -67,20 +70,14 @@ public:
   }
 };
 
-class LSoundSink {
+class LSoundSink : public LCountedHandle<LSoundSinkBase> {
 public:
-  LSoundSink() = default;
-  explicit LSoundSink(LSoundSinkBase* object);
-  LSoundSink(const LSoundSink& other);
-  LSoundSink(LSoundSink&& other) noexcept : object_(other.object_) { other.object_ = nullptr; }
-  ~LSoundSink();
-  LSoundSink& operator=(const LSoundSink& other);
-  LSoundSink& operator=(LSoundSink&& other) noexcept;
+  using LCountedHandle<LSoundSinkBase>::LCountedHandle;
 
   // Releases the object (a file sink finishes its file) and leaves an error sink.
-  void Close();
+  void Close() { Replace(new LSoundSinkError()); }
 
-  [[nodiscard]] static LSoundSink Error();
+  [[nodiscard]] static LSoundSink Error() { return LSoundSink(new LSoundSinkError()); }
 
   void Write(const float* buffer, long long frames) {
     if (frames > 0 && object_) object_->Write(buffer, frames);
@@ -95,14 +92,6 @@ public:
   std::uint32_t GetSampleRate() const { return object_ ? object_->GetSampleRate() : 44100; }
   std::uint8_t GetChannels() const { return object_ ? object_->GetChannels() : 1; }
   bool HasError() const { return !object_ || object_->HasError(); }
-
-  LSoundSinkBase* Get() const { return object_; }
-  bool IsEmpty() const { return object_ == nullptr; }
-  std::uint16_t RefCount() const { return object_ ? object_->refCount_ : 0; }
-
-private:
-  void Release();
-  LSoundSinkBase* object_ = nullptr;
 };
 
 template <class T, class... Args>

@@ -17,6 +17,8 @@
 // at a time; a chain handed to another thread is handed over whole.
 #include <cstdint>
 
+#include "engine/counted_handle.h"
+
 // Reason codes kept in a source's error field. The opener's message is chosen by it.
 enum LSoundSourceErrorCode : unsigned char {
   kLSourceOK = 0,
@@ -59,7 +61,8 @@ protected:
   }
 
 private:
-  friend class LSoundSource;
+  template <class>
+  friend class LCountedHandle;
   std::uint32_t sampleRate_;
   std::uint8_t channels_;
   // The largest magnitude the source can deliver: 32767/32768 for integer PCM,
@@ -80,24 +83,18 @@ public:
   long long GetEndSample() const override { return 0; }
 };
 
-class LSoundSource {
+class LSoundSource : public LCountedHandle<LSoundSourceBase> {
 public:
-  LSoundSource() = default;
-  // Takes ownership of a newly made object (count 0 becomes 1).
-  explicit LSoundSource(LSoundSourceBase* object);
-  LSoundSource(const LSoundSource& other);
-  LSoundSource(LSoundSource&& other) noexcept : object_(other.object_) { other.object_ = nullptr; }
-  ~LSoundSource();
-  // Assigning from an empty handle does nothing at all; self-assignment is safe.
-  LSoundSource& operator=(const LSoundSource& other);
-  LSoundSource& operator=(LSoundSource&& other) noexcept;
+  using LCountedHandle<LSoundSourceBase>::LCountedHandle;
 
   // Releases the object and leaves an error source in its place (an empty
   // handle stays empty).
-  void Close();
+  void Close() {
+    if (object_) Replace(new LSoundSourceError());
+  }
 
   // An error object holding the reason code.
-  [[nodiscard]] static LSoundSource Error(unsigned char code);
+  [[nodiscard]] static LSoundSource Error(unsigned char code) { return LSoundSource(new LSoundSourceError(code)); }
 
   void Read(float* buffer, long long frames) {
     if (frames > 0 && object_) object_->Read(buffer, frames);
@@ -118,17 +115,11 @@ public:
 
   std::uint32_t GetSampleRate() const { return object_ ? object_->GetSampleRate() : 11025; }
   std::uint8_t GetChannels() const { return object_ ? object_->GetChannels() : 1; }
-  unsigned char GetErrorCode() const { return object_ ? object_->GetErrorCode() : static_cast<unsigned char>(kLSourceClosed); }
+  unsigned char GetErrorCode() const {
+    return object_ ? object_->GetErrorCode() : static_cast<unsigned char>(kLSourceClosed);
+  }
   float GetMaxAmplitude() const { return object_ ? object_->GetMaxAmplitude() : 16.0f; }
   bool IsError() const { return GetErrorCode() != kLSourceOK; }
-
-  LSoundSourceBase* Get() const { return object_; }
-  bool IsEmpty() const { return object_ == nullptr; }
-  std::uint16_t RefCount() const { return object_ ? object_->refCount_ : 0; }
-
-private:
-  void Release();
-  LSoundSourceBase* object_ = nullptr;
 };
 
 // Makes a source object and hands it over to a handle.
