@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <fstream>
 #include <set>
 #include <string>
@@ -43,6 +44,7 @@ void WriteFile(const std::string& path, const std::string& bytes) {
 
 // Runs the command with every file it writes limited to limit bytes; answers its exit status.
 int ConvertLimited(const std::vector<std::string>& args, long long limit) {
+  std::fflush(nullptr);
   const pid_t child = fork();
   if (child < 0) return -1;
   if (child == 0) {

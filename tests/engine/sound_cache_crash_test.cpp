@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdio>
 #include <unistd.h>
 #include <sys/wait.h>
 
@@ -60,6 +61,7 @@ TEST_F(SoundCacheTest, AnItemHalfWrittenByAKilledProcessGoesAtTheNextCleanUpAndC
 
   int pipeFds[2];
   ASSERT_EQ(pipe(pipeFds), 0);
+  std::fflush(nullptr);
   const pid_t child = fork();
   ASSERT_GE(child, 0);
   if (child == 0) {

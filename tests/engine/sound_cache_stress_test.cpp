@@ -141,6 +141,7 @@ int Work(const std::string& folder, int index) {
 TEST_F(SoundCacheTest, ProcessesSharingAFolderNeverLoseAnItemTheyStillUse) {
   std::vector<pid_t> children;
   for (int index = 1; index <= kProcesses; ++index) {
+    std::fflush(nullptr);
     const pid_t child = fork();
     ASSERT_GE(child, 0);
     if (child == 0) _exit(Work(cacheFolder_, index));

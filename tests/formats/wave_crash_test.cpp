@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdio>
 #include <unistd.h>
 #include <sys/wait.h>
 
@@ -48,6 +49,7 @@ TEST(WaveCrash, AFileWhoseWriterWasKilledOpensAsAStreamOfTheFramesWrittenSoFar) 
   const std::string path = folder.File("aufnahme.wav");
   int pipeFds[2];
   ASSERT_EQ(pipe(pipeFds), 0);
+  std::fflush(nullptr);
   const pid_t child = fork();
   ASSERT_GE(child, 0);
   if (child == 0) {

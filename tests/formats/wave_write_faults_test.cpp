@@ -110,6 +110,8 @@ LSoundSource ReadBack(const StreamWriter& w, const Bytes& bytes) {
   return LRawFile::OpenSource(Memory(bytes), settings);
 }
 
+void PrintTo(const StreamWriter& w, std::ostream* os) { *os << w.name; }
+
 class WaveWriteFaults : public ::testing::TestWithParam<StreamWriter> {};
 
 }  // namespace

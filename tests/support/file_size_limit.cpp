@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,6 +17,8 @@ bool LimitFileSizeOfThisProcess(long long limitBytes) {
 }
 
 int RunWithFileSizeLimit(long long limitBytes, const std::function<int()>& work) {
+  // What the parent has buffered must not come out twice.
+  std::fflush(nullptr);
   pid_t child = fork();
   if (child < 0) return kFileSizeLimitChildDied;
   if (child == 0) {
