@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(
-  build-essential cmake ninja-build pkgconf clang
+  build-essential cmake ninja-build pkgconf clang libclang-rt-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   libgsm1-dev libfftw3-dev libsoxr-dev libedit-dev
   libavformat-dev libavcodec-dev libavutil-dev libswresample-dev libmp3lame-dev

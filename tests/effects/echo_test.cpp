@@ -49,7 +49,10 @@ TEST(Echo, OneMillisecondMonoAt8000HzGetsTheTwentySampleMinimumLine) {
 }
 
 TEST(Echo, LoadedTimesOutOfRangeOpenAtTheNearestBound) {
-  for (auto [stored, opened] : {std::pair{0LL, 1LL}, {10000LL, 4000LL}, {-7LL, 1LL}, {250LL, 250LL}}) {
+  for (const auto& bounds : {std::pair{0LL, 1LL}, {10000LL, 4000LL}, {-7LL, 1LL}, {250LL, 250LL}}) {
+    // Plain variables, not a structured binding: a lambda below captures stored.
+    const long long stored = bounds.first;
+    const long long opened = bounds.second;
     LSPEcho echo;
     LoadEffect(echo, Record([&](LSDFWriter& w) { w.WriteInt64(kLSPEchoChunkTime64, stored); }));
     EXPECT_EQ(echo.GetTime(), stored);

@@ -41,7 +41,8 @@ TEST(SoundSource, AssignmentSharesTheObjectAndSelfAssignmentKeepsItAlive) {
     EXPECT_EQ(a.RefCount(), 1);
     LSoundSource b = a;
     EXPECT_EQ(a.RefCount(), 2);
-    a = a;
+    LSoundSource& self = a;  // self-assignment, past the compiler's warning
+    a = self;
     EXPECT_EQ(a.RefCount(), 2);
     LSoundSource empty;
     b = empty;  // an empty handle changes nothing
@@ -105,6 +106,7 @@ TEST(SoundSink, ErrorSinkDiscardsWithoutAdvancingAndStubCounts) {
   EXPECT_EQ(sink.GetPosition(), 0);
   LSoundSink copy = sink;
   EXPECT_EQ(sink.RefCount(), 2);
-  copy = copy;
+  LSoundSink& self = copy;
+  copy = self;
   EXPECT_EQ(sink.RefCount(), 2);
 }
