@@ -3,6 +3,7 @@
 #include <cctype>
 #include <cstdlib>
 
+#include "app/frame_time.h"
 #include "engine/sound_time.h"
 
 bool SplitCommandLine(const std::string& line, std::vector<CommandWords>* commands, std::string* error) {
@@ -61,9 +62,14 @@ bool ParseTimeToFrames(const std::string& text, unsigned rate, long long* frames
   if (!LSoundTime::IsValid(text.c_str(), false) || text.size() > 24) return false;
   LSoundTime t;
   t.SetText(text.c_str());
-  long long ms = t.Get();
-  *frames = (ms / 1000) * static_cast<long long>(rate) + ((ms % 1000) * static_cast<long long>(rate)) / 1000;
+  *frames = SVMsToFrames(t.Get(), rate);
   return true;
+}
+
+std::string FramesTimeText(long long frames, unsigned rate) {
+  char text[40];
+  LSoundTime(SVFramesToMs(frames, rate))._GetTextHMMSSFFF(text);
+  return text;
 }
 
 bool ParseNumber(const std::string& text, double* value) {

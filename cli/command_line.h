@@ -14,6 +14,9 @@ using CommandWords = std::vector<std::string>;
 // LSoundTime::IsValid accepts ("1:02.5", "90"), turned into frames at rate.
 [[nodiscard]] bool ParseTimeToFrames(const std::string& text, unsigned rate, long long* frames);
 
+// A frame position as H:MM:SS.mmm at rate.
+[[nodiscard]] std::string FramesTimeText(long long frames, unsigned rate);
+
 // Reads a decimal number (a comma works as the decimal point, as Germans write it).
 [[nodiscard]] bool ParseNumber(const std::string& text, double* value);
 

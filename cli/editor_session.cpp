@@ -8,20 +8,8 @@
 #include "app/cut_list_render.h"
 #include "app/file_gui.h"
 #include "base/safe_save.h"
-#include "engine/sound_time.h"
 #include "formats/sound_file.h"
 
-namespace {
-
-std::string TimeText(long long frames, unsigned rate) {
-  if (rate == 0) rate = 44100;
-  long long ms = (frames / rate) * 1000 + ((frames % rate) * 1000) / rate;
-  char text[40];
-  LSoundTime(ms)._GetTextHMMSSFFF(text);
-  return text;
-}
-
-}  // namespace
 
 EditorSession::EditorSession(bool interactive, bool quietProgress)
     : frontEnd_(interactive, quietProgress), main_(frontEnd_, board_) {
@@ -64,12 +52,6 @@ void EditorSession::Range(long long* start, long long* end) {
     *start = s.start;
     *end = s.end;
   }
-}
-
-void EditorSession::PrintPosition(const char* what, long long frames) {
-  SVFile* file = Current();
-  std::printf("%s: %s (%lld Frames)\n", what, TimeText(frames, file ? file->CutList().GetSampleRate() : 44100).c_str(),
-              frames);
 }
 
 int EditorSession::ExecuteLine(const std::string& line) {
@@ -250,17 +232,17 @@ int EditorSession::Status() {
   std::printf("Datei:        %s\n", *file->Path() ? file->Path() : "(noch nicht gespeichert)");
   std::printf("Abtastrate:   %u Hz\n", rate);
   std::printf("Kanäle:       %u\n", list.GetChannels());
-  std::printf("Länge:        %s (%lld Frames)\n", TimeText(length, rate).c_str(), length);
+  std::printf("Länge:        %s (%lld Frames)\n", FramesTimeText(length, rate).c_str(), length);
   std::printf("Segmente:     %lld\n", list.SegmentCount());
   const SVSelection& s = file->Selection();
   if (s.IsEmpty()) {
     std::printf("Auswahl:      keine\n");
   } else {
-    std::printf("Auswahl:      %s bis %s (%lld bis %lld)\n", TimeText(s.start, rate).c_str(), TimeText(s.end, rate).c_str(),
+    std::printf("Auswahl:      %s bis %s (%lld bis %lld)\n", FramesTimeText(s.start, rate).c_str(), FramesTimeText(s.end, rate).c_str(),
                 s.start, s.end);
   }
   if (s.HasBand()) std::printf("Band:         %d Hz bis %d Hz\n", s.lowFrequency, s.highFrequency);
-  std::printf("Cursor:       %s (%lld)\n", TimeText(file->Cursor(), rate).c_str(), file->Cursor());
+  std::printf("Cursor:       %s (%lld)\n", FramesTimeText(file->Cursor(), rate).c_str(), file->Cursor());
   return kCommandOK;
 }
 
@@ -310,7 +292,7 @@ int EditorSession::Bookmark(const CommandWords& w) {
   if (w[0] == "bookmarks") {
     if (file->Bookmarks().empty()) std::printf("Keine Lesezeichen.\n");
     for (const LSVBookmark& b : file->Bookmarks()) {
-      std::printf("  %-20s %s (%lld)\n", b.name, TimeText(b.position, file->CutList().GetSampleRate()).c_str(),
+      std::printf("  %-20s %s (%lld)\n", b.name, FramesTimeText(b.position, file->CutList().GetSampleRate()).c_str(),
                   b.position);
     }
     return kCommandOK;
@@ -337,7 +319,7 @@ int EditorSession::Region(const CommandWords& w) {
     if (regions.empty()) std::printf("Keine Regionen.\n");
     for (const SVRegion& r : regions) {
       unsigned rate = r.sampleRate > 0 ? static_cast<unsigned>(r.sampleRate) : 44100;
-      std::printf("  %-20s %s bis %s (%s)\n", r.name, TimeText(r.start, rate).c_str(), TimeText(r.end, rate).c_str(),
+      std::printf("  %-20s %s bis %s (%s)\n", r.name, FramesTimeText(r.start, rate).c_str(), FramesTimeText(r.end, rate).c_str(),
                   r.sourceFileName);
     }
     return kCommandOK;

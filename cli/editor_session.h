@@ -68,7 +68,6 @@ private:
   int Status();
   int History();
   int Tags(const CommandWords& w);
-  void PrintPosition(const char* what, long long frames);
 
   TerminalFrontEnd frontEnd_;
   SVSystemClipboardMemory board_;
