@@ -7,14 +7,19 @@
 #   FUZZ_SECONDS            seconds per target (default 30)
 #   SONVALE_FUZZ_BUILD_DIR  build folder (default build-fuzz)
 #   FUZZ_TARGETS            targets to run (default every fuzz_* program built)
+#
+# A build folder already configured with the fuzz targets (the sanitizer run's, in
+# CI) is built as it is, tests and all, rather than configured anew.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 dir="${SONVALE_FUZZ_BUILD_DIR:-$root/build-fuzz}"
 seconds="${FUZZ_SECONDS:-30}"
 jobs="$(nproc)"
 
-CC=clang CXX=clang++ cmake -S "$root" -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DSONVALE_FUZZ=ON \
-  -DSONVALE_TESTS=OFF -DSONVALE_SANITIZE=address,undefined >/dev/null
+if ! grep -qs '^SONVALE_FUZZ:BOOL=ON$' "$dir/CMakeCache.txt"; then
+  CC=clang CXX=clang++ cmake -S "$root" -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DSONVALE_FUZZ=ON \
+    -DSONVALE_TESTS=OFF -DSONVALE_SANITIZE=address,undefined >/dev/null
+fi
 ninja -C "$dir" -j"$jobs" sonvale_fuzzers
 "$root/fuzz/make-seeds.sh" "$dir" "$dir/fuzz-seeds"
 

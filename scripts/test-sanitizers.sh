@@ -9,6 +9,9 @@
 #   TSAN_SKIP_LAYERS        test layers left out of the second half (default "cli":
 #                           its tests run the built program as a child, and the
 #                           whole program under ThreadSanitizer would double the time)
+#   SANITIZE_WITH_FUZZERS   1: build the first half with clang and the fuzz targets in
+#                           the same folder, so scripts/fuzz-smoke.sh can run them
+#                           without building the libraries a third time (what CI does)
 set -uo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 asan="${SONVALE_ASAN_BUILD_DIR:-$root/build-asan}"
@@ -20,9 +23,11 @@ failed=()
 
 # -O1 and line tables only: sanitizer builds compile much faster and still name every line.
 configure() {
-  cmake -S "$root" -B "$1" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+  local dir="$1" sanitize="$2"
+  shift 2
+  cmake -S "$root" -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O1 -g1 -DNDEBUG" -DCMAKE_C_FLAGS_RELWITHDEBINFO="-O1 -g1 -DNDEBUG" \
-    -DSONVALE_SANITIZE="$2" >/dev/null
+    -DSONVALE_SANITIZE="$sanitize" "$@" >/dev/null
 }
 
 # A report ends the test program that made it; leaks are reported as a program ends.
@@ -33,7 +38,11 @@ export TSAN_OPTIONS="halt_on_error=1:second_deadlock_stack=1"
 if [[ " $which " == *" address "* ]]; then
   start=$SECONDS
   # float-cast-overflow is part of clang's "undefined" but not of GCC's.
-  if configure "$asan" "address,undefined,float-cast-overflow" && ninja -C "$asan" -j"$jobs"; then
+  extra=()
+  if [[ "${SANITIZE_WITH_FUZZERS:-0}" == 1 ]]; then
+    extra=(-DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DSONVALE_FUZZ=ON)
+  fi
+  if configure "$asan" "address,undefined,float-cast-overflow" "${extra[@]}" && ninja -C "$asan" -j"$jobs"; then
     (cd "$asan" && ctest --output-on-failure -j"$jobs" --timeout 900) || failed+=("address and undefined: tests")
   else
     failed+=("address and undefined: build")
