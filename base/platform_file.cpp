@@ -1,6 +1,7 @@
 #include "base/platform_file.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <ctime>
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -89,6 +90,21 @@ bool LFileDetailsGet(const char* path, LFileDetails* out) {
 bool LFileExists(const char* path) {
   struct stat st {};
   return path && ::stat(path, &st) == 0;
+}
+
+bool LFileIsAt(int fd, const char* path) {
+  struct stat opened {}, named {};
+  return fd >= 0 && path && ::fstat(fd, &opened) == 0 && ::stat(path, &named) == 0 &&
+         opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
+bool LFileReplace(const char* from, const char* to) {
+  if (!from || !to) return false;
+  int fd = ::open(from, O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return false;
+  bool synced = ::fsync(fd) == 0;
+  ::close(fd);
+  return synced && std::rename(from, to) == 0;
 }
 
 bool LFileClearFlags(const char* path) {

@@ -41,5 +41,12 @@ bool LFileClearFlags(const char* path);
 // Clears the flags and removes the file; true when it is gone afterwards.
 bool LFileDelete(const char* path);
 
+// True when the descriptor still names the file at path (a rename over the path
+// since it was opened makes this false).
+[[nodiscard]] bool LFileIsAt(int fd, const char* path);
+// Renames from over to, flushing from to disk first, so that to is either the
+// old file or the whole new one, even after a crash.
+[[nodiscard]] bool LFileReplace(const char* from, const char* to);
+
 // Sleeps, resuming after signals, for the whole time.
 void LSleepMs(int ms);

@@ -1,6 +1,5 @@
 #include "base/safe_save.h"
 
-#include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -33,11 +32,7 @@ LSafeSave::~LSafeSave() {
 
 bool LSafeSave::Commit() {
   if (temp_.empty() || committed_) return false;
-  int fd = ::open(temp_.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return false;
-  bool synced = ::fsync(fd) == 0;
-  ::close(fd);
-  if (!synced || std::rename(temp_.c_str(), target_.c_str()) != 0) return false;
+  if (!LFileReplace(temp_.c_str(), target_.c_str())) return false;
   committed_ = true;
   return true;
 }

@@ -24,9 +24,9 @@ constexpr const char* kDefaultFolderName = "/soundcache";
 // between instances; never rename it.
 constexpr const char* kLockFileName = "/items.lock";
 
-// The five files of an item, in the order they are deleted.
-constexpr const char* kItemExtensions[] = {kLSoundCacheExtAudio, kLSoundCacheExtOverview, kLSoundCacheExtInfo,
-                                           kLSoundCacheExtMP3Frames, kLSoundCacheExtSpectrum};
+// The files of an item, in the order they are deleted.
+constexpr const char* kItemExtensions[] = {kLSoundCacheExtAudio,     kLSoundCacheExtOverview, kLSoundCacheExtInfo,
+                                           kLSoundCacheExtMP3Frames, kLSoundCacheExtSpectrum, kLSoundCacheExtInfoTemp};
 
 std::mutex gClockMutex;
 std::function<long long()> gClock;
@@ -338,8 +338,8 @@ void LSoundCache::ItemsDelete(long cutoff) {
 void LSoundCache::DeleteCachedFiles() {
   LStringLong folder = Folder();
   if (folder.empty()) return;
-  constexpr const char* kPatterns[] = {kLSoundCacheExtAudio, kLSoundCacheExtOverview, kLSoundCacheExtInfo,
-                                       kLSoundCacheExtSpectrum, kLSoundCacheExtMP3Frames};
+  constexpr const char* kPatterns[] = {kLSoundCacheExtAudio,    kLSoundCacheExtOverview,  kLSoundCacheExtInfo,
+                                       kLSoundCacheExtSpectrum, kLSoundCacheExtMP3Frames, kLSoundCacheExtInfoTemp};
   for (const char* extension : kPatterns) {
     std::vector<std::pair<unsigned short, LStringLong>> files;
     LFolderListFiles(folder.c_str(), extension, [&](const char* name) {

@@ -39,6 +39,8 @@ inline constexpr const char* kLSoundCacheExtOverview = ".grf";
 inline constexpr const char* kLSoundCacheExtInfo = ".audinfo";
 inline constexpr const char* kLSoundCacheExtMP3Frames = ".orbmp3";
 inline constexpr const char* kLSoundCacheExtSpectrum = ".fft";
+// A description being replaced (kLSoundCacheExtInfo plus kLSoundCacheInfoTempSuffix).
+inline constexpr const char* kLSoundCacheExtInfoTemp = ".audinfo.tmp";
 
 // Change codes passed to the analyzers. Part of the analyzers' interface; never change them.
 constexpr unsigned int kLSoundCacheChangeItemAdded = 1;  // an item was completed

@@ -157,10 +157,26 @@ bool LSoundCacheAudioInfoCreate(const char* path, std::int32_t sampleRate, std::
 
 bool LSoundCacheAudioInfoModify(const char* path, const std::function<void(LSoundCacheAudioInfo&)>& change) {
   if (!path || !*path) return false;
-  LFileStream file(LFileOpen(path, kLFileWrite, LFileLock::Exclusive, kLLockWaitMs));
-  if (!file.IsOpen()) return false;
-  LSoundCacheAudioInfo info;
-  if (!LSoundCacheAudioInfoRead(file, &info)) return false;
-  change(info);
-  return file.Seek(0) && file.Truncate(0) && LSoundCacheAudioInfoWrite(file, info);
+  // The new description goes to a file beside the old one and replaces it whole,
+  // so a failure part way leaves the old one. Modifiers queue on the lock of the
+  // file at the path; one that waited on a file replaced meanwhile tries again.
+  constexpr int kAttempts = 100;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    LFileStream file(LFileOpen(path, kLFileRead, LFileLock::Exclusive, kLLockWaitMs));
+    if (!file.IsOpen()) return false;
+    if (!LFileIsAt(file.Descriptor(), path)) continue;
+    LSoundCacheAudioInfo info;
+    if (!LSoundCacheAudioInfoRead(file, &info)) return false;
+    change(info);
+    const LStringLong temp = LStringLong(path) + kLSoundCacheInfoTempSuffix;
+    bool written = false;
+    {
+      LFileStream out(LFileOpen(temp.c_str(), kLFileWrite | kLFileCreate | kLFileTruncate, LFileLock::None, 0, 0666));
+      written = out.IsOpen() && LSoundCacheAudioInfoWrite(out, info);
+    }
+    if (written && LFileReplace(temp.c_str(), path)) return true;
+    LFileDelete(temp.c_str());
+    return false;
+  }
+  return false;
 }

@@ -15,6 +15,10 @@
 #include "base/sdf_unknown_chunk.h"
 #include "base/string_long.h"
 
+// Added to a description's path while it is being replaced; a crash may leave
+// such a file, which goes with its item.
+inline constexpr const char* kLSoundCacheInfoTempSuffix = ".tmp";
+
 // Chunk ids of ".audinfo". On disk; never change them.
 enum LSoundCacheInfoChunk : unsigned short {
   kLSoundCacheInfoSampleRate = 16,          // int: Hz
@@ -63,6 +67,8 @@ struct LSoundCacheAudioInfo {
 // exclusive lock.
 [[nodiscard]] bool LSoundCacheAudioInfoCreate(const char* path, std::int32_t sampleRate, std::uint8_t channels);
 // Reads an existing description under an exclusive lock, lets change alter it,
-// and writes it back in place. False when it could not be read or written.
+// and replaces the file with the result through a temporary file (the path plus
+// kLSoundCacheInfoTempSuffix). False when it could not be read or written; the
+// old description then stays.
 [[nodiscard]] bool LSoundCacheAudioInfoModify(const char* path,
                                               const std::function<void(LSoundCacheAudioInfo&)>& change);

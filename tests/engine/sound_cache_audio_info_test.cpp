@@ -2,11 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <thread>
+#include <vector>
+
 #include "base/file_stream.h"
 #include "base/memory_stream.h"
 #include "base/platform_file.h"
 #include "base/sdf_format.h"
 #include "base/sdf_writer.h"
+#include "support/file_size_limit.h"
 #include "support/temp_folder.h"
 
 TEST(SoundCacheAudioInfo, RoundTripsInMemoryWithTheOriginalFileAndLastUse) {
@@ -119,4 +124,60 @@ TEST(SoundCacheAudioInfo, AChangeKeepsChunksThisBuildDoesNotKnow) {
 
   EXPECT_FALSE(LSoundCacheAudioInfoModify(temp.File("missing.audinfo").c_str(), [](LSoundCacheAudioInfo&) {}));
   EXPECT_FALSE(LSoundCacheAudioInfoLoad(temp.File("missing.audinfo").c_str(), &info));
+}
+
+TEST(SoundCacheAudioInfo, AModifyThatRunsOutOfRoomAnywhereLeavesTheOldDescriptionWhole) {
+  TempFolder temp;
+  const std::string path = temp.File("3.audinfo");
+  ASSERT_TRUE(LSoundCacheAudioInfoCreate(path.c_str(), 44100, 2));
+  const auto grow = [](LSoundCacheAudioInfo& info) {
+    info.hasOriginal = true;
+    info.original.path = std::string(300, 'x');
+    info.hasLastUse = true;
+    info.lastUse = 77;
+  };
+  LFileDetails created;
+  ASSERT_TRUE(LFileDetailsGet(path.c_str(), &created));
+  // The new description is longer than the old, so every limit below its size
+  // fails the write of the temporary file.
+  for (long long limit = 0; limit < 400; limit += 7) {
+    SCOPED_TRACE(limit);
+    const int status = RunWithFileSizeLimit(limit, [&] { return LSoundCacheAudioInfoModify(path.c_str(), grow) ? 0 : 1; });
+    LSoundCacheAudioInfo info;
+    ASSERT_TRUE(LSoundCacheAudioInfoLoad(path.c_str(), &info));
+    EXPECT_EQ(info.channels, 2);
+    if (status == 0) {
+      EXPECT_EQ(info.lastUse, 77);
+      break;
+    }
+    ASSERT_EQ(status, 1);
+    EXPECT_FALSE(info.hasLastUse);
+    EXPECT_FALSE(LFileExists((path + kLSoundCacheInfoTempSuffix).c_str()));
+    LFileDetails now;
+    ASSERT_TRUE(LFileDetailsGet(path.c_str(), &now));
+    EXPECT_EQ(now.size, created.size);
+  }
+}
+
+TEST(SoundCacheAudioInfo, ModifiersRacingOnOneDescriptionLoseNoChange) {
+  TempFolder temp;
+  const std::string path = temp.File("4.audinfo");
+  ASSERT_TRUE(LSoundCacheAudioInfoCreate(path.c_str(), 8000, 1));
+  constexpr int kThreads = 4;
+  constexpr int kEach = 25;
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([&] {
+      for (int i = 0; i < kEach; ++i) {
+        EXPECT_TRUE(LSoundCacheAudioInfoModify(path.c_str(), [](LSoundCacheAudioInfo& info) {
+          info.hasLastUse = true;
+          ++info.lastUse;
+        }));
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  LSoundCacheAudioInfo info;
+  ASSERT_TRUE(LSoundCacheAudioInfoLoad(path.c_str(), &info));
+  EXPECT_EQ(info.lastUse, kThreads * kEach);
 }
