@@ -1,6 +1,6 @@
-// A conversion that runs out of room at any write: the command must fail and
-// leave the previous file as it was, with no temporary file behind; a command
-// that succeeds wrote the whole file.
+// Saves that run out of room at any write: the command must fail with a
+// message and leave the previous file as it was, with no temporary file
+// behind; a command that succeeds wrote the whole file.
 #include <gtest/gtest.h>
 
 #include <dirent.h>
@@ -9,7 +9,9 @@
 #include <sys/wait.h>
 
 #include <cstdint>
+#include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <set>
 #include <string>
@@ -25,9 +27,9 @@ constexpr std::uint32_t kRate = 8000;
 const std::string kOldContent = "der alte Inhalt";
 
 // Mono 16-bit WAVE bytes of a ramp.
-std::string MonoWave() {
+std::string MonoWave(int frames = kFrames) {
   std::string data;
-  for (int f = 0; f < kFrames; ++f) {
+  for (int f = 0; f < frames; ++f) {
     const auto v = static_cast<std::int16_t>((f * 53) % 50000 - 25000);
     data.append(reinterpret_cast<const char*>(&v), 2);
   }
@@ -42,15 +44,19 @@ void WriteFile(const std::string& path, const std::string& bytes) {
   f << bytes;
 }
 
-// Runs the command with every file it writes limited to limit bytes; answers its exit status.
-int ConvertLimited(const std::vector<std::string>& args, long long limit) {
+// Runs the command with every file it writes limited to limit bytes; answers
+// its exit status. What it says on standard error goes to errPath.
+int RunLimited(const std::vector<std::string>& args, long long limit, const std::string& errPath = "/dev/null",
+               const std::vector<std::string>& env = {}) {
   std::fflush(nullptr);
   const pid_t child = fork();
   if (child < 0) return -1;
   if (child == 0) {
     const int quiet = open("/dev/null", O_WRONLY);
+    const int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
     dup2(quiet, STDOUT_FILENO);
-    dup2(quiet, STDERR_FILENO);
+    dup2(err, STDERR_FILENO);
+    for (const std::string& e : env) putenv(const_cast<char*>(e.c_str()));
     if (!LimitFileSizeOfThisProcess(limit)) _exit(126);
     std::vector<char*> argv = {const_cast<char*>(SONVALE_BINARY)};
     for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
@@ -75,6 +81,16 @@ std::set<std::string> FolderNames(const std::string& folder) {
   return names;
 }
 
+// The size of the largest file in the folder and those below it.
+long long LargestFile(const std::string& folder) {
+  long long largest = 0;
+  std::error_code missing;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder, missing)) {
+    if (entry.is_regular_file()) largest = std::max(largest, static_cast<long long>(entry.file_size()));
+  }
+  return largest;
+}
+
 }  // namespace
 
 TEST(ConvertFaults, AConversionThatRunsOutOfRoomFailsAndLeavesTheOldFileAsItWas) {
@@ -95,7 +111,7 @@ TEST(ConvertFaults, AConversionThatRunsOutOfRoomFailsAndLeavesTheOldFileAsItWas)
     for (long long limit : limits) {
       WriteFile(out, kOldContent);
       const std::set<std::string> before = FolderNames(folder.Path());
-      const int status = ConvertLimited({"convert", in, out, "--to", layout}, limit);
+      const int status = RunLimited({"convert", in, out, "--to", layout}, limit);
       if (limit < size) {
         EXPECT_NE(status, 0) << layout << ": a conversion limited to " << limit << " of " << size << " bytes succeeded";
         EXPECT_EQ(ReadFileBytes(out), kOldContent) << layout << " at " << limit << ": the old file was replaced";
@@ -104,6 +120,50 @@ TEST(ConvertFaults, AConversionThatRunsOutOfRoomFailsAndLeavesTheOldFileAsItWas)
         EXPECT_EQ(ReadFileBytes(out), clean) << layout;
       }
       EXPECT_EQ(FolderNames(folder.Path()), before) << layout << " at " << limit << ": a temporary file stayed";
+    }
+  }
+}
+
+TEST(ConvertFaults, EditSavesOfAProjectOrAnEffectChainThatRunOutOfRoomSayWhyAndKeepTheOldFile) {
+  TempFolder folder;
+  const std::string in = folder.File("ein.wav");
+  WriteFile(in, MonoWave(40));
+  const std::vector<std::string> env = {"SONVALE_CACHE_DIR=" + folder.File("cache"),
+                                        "XDG_CONFIG_HOME=" + folder.File("config"),
+                                        "XDG_DATA_HOME=" + folder.File("data")};
+  const std::string err = folder.File("fehler.txt");
+  for (const char* what : {"chain save", "project save"}) {
+    const std::string reference = folder.File("ref");
+    const std::vector<std::string> edits = {"edit", in, "-e", "select 0f 30f; effect echo; effect gain Pegel=3",
+                                            "-e", std::string(what) + " "};
+    std::vector<std::string> args = edits;
+    args.back() += reference;
+    ASSERT_EQ(RunLimited(args, 1LL << 40, err, env), 0) << what << ": " << ReadFileBytes(err);
+    const std::string clean = ReadFileBytes(reference);
+    const auto size = static_cast<long long>(clean.size());
+    ASSERT_GT(size, 100) << what;
+
+    const std::string out = folder.File("ziel");
+    args = edits;
+    args.back() += out;
+    // A limit below the largest file the command writes besides the save stops
+    // it earlier; from there on each limit up to the size of the save fails
+    // some write of it (in steps shorter than the save's chunks).
+    long long floor = 0;
+    for (const char* below : {"cache", "config", "data"}) floor = std::max(floor, LargestFile(folder.File(below)));
+    ASSERT_LT(floor, size) << what;
+    for (long long limit = floor + 1; limit <= size; limit = std::min(size, limit + 7) + (limit == size)) {
+      WriteFile(out, kOldContent);
+      const std::set<std::string> before = FolderNames(folder.Path());
+      const int status = RunLimited(args, limit, err, env);
+      if (limit < size) {
+        EXPECT_NE(status, 0) << what << ": a save limited to " << limit << " of " << size << " bytes succeeded";
+        EXPECT_EQ(ReadFileBytes(out), kOldContent) << what << " at " << limit << ": the old file was replaced";
+        EXPECT_FALSE(ReadFileBytes(err).empty()) << what << " at " << limit << ": the failure went unsaid";
+      } else {
+        EXPECT_EQ(status, 0) << what << ": " << ReadFileBytes(err);
+      }
+      EXPECT_EQ(FolderNames(folder.Path()), before) << what << " at " << limit << ": a temporary file stayed";
     }
   }
 }
