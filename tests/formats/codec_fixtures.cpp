@@ -5,6 +5,7 @@
 #include <cstring>
 #include <fstream>
 #include <limits>
+#include <sstream>
 
 #include "wave_fixtures.h"
 
@@ -54,12 +55,8 @@ std::map<std::string, std::string> Probe(const std::string& path) {
                &text)) {
     return out;
   }
-  size_t at = 0;
-  while (at < text.size()) {
-    size_t nl = text.find('\n', at);
-    if (nl == std::string::npos) nl = text.size();
-    const std::string line = text.substr(at, nl - at);
-    at = nl + 1;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
     const size_t eq = line.find('=');
     if (eq == std::string::npos) continue;
     std::string key = line.substr(0, eq);

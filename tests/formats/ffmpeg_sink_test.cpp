@@ -70,6 +70,10 @@ TEST_P(FFmpegSinkWrites, FilesThatOutsideToolsAndWeReadBackAsWritten) {
     EXPECT_EQ(sink.GetPosition(), frames);
     EXPECT_FALSE(sink.HasError());
   }
+  if (c.codec == LFFmpegSinkCodec::kRF64) {
+    const Bytes bytes = FileBytes(path);
+    EXPECT_EQ(std::string(bytes.begin(), bytes.begin() + std::min<size_t>(4, bytes.size())), "RF64");
+  }
 
   if (HaveTool("ffprobe")) {
     auto probe = Probe(path);
@@ -112,21 +116,8 @@ INSTANTIATE_TEST_SUITE_P(
                       SinkCase{"rf64_float", "f.wav", LFFmpegSinkCodec::kRF64, 32, true, "pcm_f32le", 1e-9}),
     [](const ::testing::TestParamInfo<SinkCase>& i) { return std::string(i.param.name); });
 
-TEST(FFmpegSink, RF64FilesSayRF64AndFlacRoundTripsInMemory) {
-  TempFolder folder;
-  const std::string path = folder.File("r.wav");
+TEST(FFmpegSink, FlacWrittenToAStreamReadsBackFromMemory) {
   LFFmpegSinkFormat format;
-  format.codec = LFFmpegSinkCodec::kRF64;
-  format.channels = 1;
-  {
-    LSNKFFmpeg sink(path.c_str(), format);
-    const std::vector<float> one = SineFrames(1000, 1, 44100, 100.0);
-    sink.Write(one.data(), 1000);
-  }
-  const Bytes bytes = FileBytes(path);
-  ASSERT_GT(bytes.size(), 4u);
-  EXPECT_EQ(std::string(bytes.begin(), bytes.begin() + 4), "RF64");
-
   SparseStream memory;
   format.codec = LFFmpegSinkCodec::kFlac;
   format.channels = 2;

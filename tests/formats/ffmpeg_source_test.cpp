@@ -124,10 +124,6 @@ INSTANTIATE_TEST_SUITE_P(
         DecodeCase{"webm", "v.webm", "libopus", "-c:v libvpx -c:a libopus -shortest", 48000, 2, true, 1e-3}),
     [](const ::testing::TestParamInfo<DecodeCase>& i) { return std::string(i.param.name); });
 
-#endif
-
-#ifdef SONVALE_HAVE_FFMPEG
-
 namespace {
 
 // Reads a source whole, in blocks, and with seeks; every value must be a number.
@@ -164,18 +160,16 @@ TEST(FFmpegSource, DamagedFilesReadAsFarAsTheyGoOrFailWithACode) {
     if (!FFmpegMake(StereoInput(44100) + " -t 2 " + m.arguments + " " + ShellQuote(path))) continue;
     const Bytes whole = FileBytes(path);
     ASSERT_GT(whole.size(), 1000u);
-    std::vector<std::pair<std::string, Bytes>> variants;
-    variants.push_back({"half", Bytes(whole.begin(), whole.begin() + static_cast<long>(whole.size() / 2))});
-    variants.push_back({"head", Bytes(whole.begin(), whole.begin() + 200)});
-    Bytes flipped = whole;
+    Bytes flipped = whole, holed = whole;
     for (size_t i = 300; i < flipped.size(); i += 97) flipped[i] ^= 0xFF;
-    variants.push_back({"flipped", flipped});
-    Bytes holed = whole;
-    std::fill(holed.begin() + static_cast<long>(holed.size() / 3), holed.begin() + static_cast<long>(holed.size() / 2),
+    std::fill(holed.begin() + static_cast<long>(whole.size() / 3), holed.begin() + static_cast<long>(whole.size() / 2),
               0);
-    variants.push_back({"holed", holed});
-    Bytes headerless(whole.begin() + 64, whole.end());
-    variants.push_back({"headerless", headerless});
+    const std::pair<const char*, Bytes> variants[] = {
+        {"half", Bytes(whole.begin(), whole.begin() + static_cast<long>(whole.size() / 2))},
+        {"head", Bytes(whole.begin(), whole.begin() + 200)},
+        {"flipped", flipped},
+        {"holed", holed},
+        {"headerless", Bytes(whole.begin() + 64, whole.end())}};
     for (const auto& [name, bytes] : variants) {
       const std::string what = std::string(m.file) + " " + name;
       LSoundSource s = LFFmpegSource::Open(std::make_unique<LMemoryStream>(bytes), m.file);
@@ -230,39 +224,23 @@ TEST(FFmpegSource, MissingAndUnreadableFilesGiveTheirCodes) {
             kLSourceUnsupported);
 }
 
-#endif
-
-#ifdef SONVALE_HAVE_FFMPEG
-
 TEST(FFmpegSource, RF64FilesAbove4GBReadToTheirEnd) {
   // RF64 as other programs write it: the sizes in a ds64 chunk, 5 GB of 16-bit
   // stereo, held sparsely; a staircase lies beyond the 4 GB mark.
   const long long dataBytes = 5000000000LL;
   const long long frames = dataBytes / 4;
-  Bytes header;
-  auto put = [&](const char* id) {
-    for (int i = 0; i < 4; ++i) header.push_back(static_cast<unsigned char>(id[i]));
-  };
-  auto put32 = [&](std::uint32_t v) { PutLE32(header, v); };
-  auto put64 = [&](std::uint64_t v) {
-    put32(static_cast<std::uint32_t>(v));
-    put32(static_cast<std::uint32_t>(v >> 32));
-  };
-  put("RF64");
-  put32(0xFFFFFFFFu);
-  put("WAVE");
-  put("ds64");
-  put32(28);
-  put64(static_cast<std::uint64_t>(dataBytes) + 72);
-  put64(static_cast<std::uint64_t>(dataBytes));
-  put64(static_cast<std::uint64_t>(frames));
-  put32(0);
-  put("fmt ");
-  put32(16);
-  const Bytes fmt = FmtBody(1, 2, 48000, 16, 4);
-  header.insert(header.end(), fmt.begin(), fmt.end());
-  put("data");
-  put32(0xFFFFFFFFu);
+  Bytes ds64;
+  for (std::uint64_t v : {static_cast<std::uint64_t>(dataBytes) + 72, static_cast<std::uint64_t>(dataBytes),
+                          static_cast<std::uint64_t>(frames)}) {
+    PutLE32(ds64, static_cast<std::uint32_t>(v));
+    PutLE32(ds64, static_cast<std::uint32_t>(v >> 32));
+  }
+  PutLE32(ds64, 0);  // no table
+  Bytes header = Chunk("RF64", {'W', 'A', 'V', 'E'}, 0xFFFFFFFFu, false);
+  for (const Bytes& c :
+       {Chunk("ds64", ds64), Chunk("fmt ", FmtBody(1, 2, 48000, 16, 4)), Chunk("data", {}, 0xFFFFFFFFu)}) {
+    header.insert(header.end(), c.begin(), c.end());
+  }
   SparseStream big;
   ASSERT_TRUE(big.WriteAll(header.data(), static_cast<long long>(header.size())));
   const long long stairAt = frames - 100000;  // frame 1,249,900,000: byte 4,999,600,000 of the data

@@ -16,9 +16,7 @@ TEST(OpenError, EachCodeHasItsGermanMessageNamingTheFile) {
       "Die Datei \"x.wav\" benötigt den Codec \"GSM 6.10\", der in dieser Ausgabe von Sonvale nicht verfügbar ist.");
   EXPECT_NE(LOpenErrorMessage(kLSourceClosed, "x.raw").find("\"x.raw\""), std::string::npos);
   EXPECT_EQ(LOpenErrorMessage(kLSourceOK, "x.wav"), "");
-}
-
-TEST(OpenError, PercentSignsInThePathAreNotFormatDirectives) {
+  // Percent signs in the path are no format directives.
   EXPECT_EQ(LOpenErrorMessage(kLSourceDamaged, "%s%d.wav"),
             "Die Datei \"%s%d.wav\" kann nicht geöffnet werden, da sie beschädigt ist.");
 }

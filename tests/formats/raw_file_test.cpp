@@ -2,31 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
-#include "engine/sample_format.h"
+#include "codec_fixtures.h"
 #include "formats/wave_file.h"
 #include "support/temp_folder.h"
 #include "wave_fixtures.h"
-
-namespace {
-
-template <class Tag>
-std::vector<float> Quantised(const std::vector<float>& v) {
-  std::vector<unsigned char> stored(v.size() * Tag::kBytes);
-  std::vector<float> back(v.size());
-  ConvertSamplesOut<Tag>(stored.data(), v.data(), static_cast<long long>(v.size()));
-  ConvertSamplesIn<Tag>(back.data(), stored.data(), static_cast<long long>(v.size()));
-  return back;
-}
-
-std::vector<float> Sine(int frames, int channels) {
-  std::vector<float> v(static_cast<size_t>(frames * channels));
-  for (size_t i = 0; i < v.size(); ++i) v[i] = 0.9f * std::sin(0.01f * static_cast<float>(i));
-  return v;
-}
-
-}  // namespace
 
 TEST(RawFile, EveryFormatCodeRoundTripsThroughItsReader) {
   struct Case {
@@ -46,7 +25,7 @@ TEST(RawFile, EveryFormatCodeRoundTripsThroughItsReader) {
     for (const Case& c : cases) {
       const std::string path = folder.File("x.raw");
       const LRawSettings settings{22050, static_cast<std::uint8_t>(channels), c.code};
-      const std::vector<float> sine = Sine(10001, channels);
+      const std::vector<float> sine = SineFrames(10001, channels, 22050, 35.0, 0.9);
       {
         LSoundSink sink = LRawFile::OpenSink(path.c_str(), settings);
         for (long long done = 0; done < 10001; done += 234) {
@@ -85,7 +64,7 @@ TEST(RawFile, APartialLastFrameIsNotRead) {
   EXPECT_EQ(got[6], 0.0f);
 }
 
-TEST(RawFile, TheG711WaveHeaderHasItsDeliberateFieldsByteForByte) {
+TEST(RawFile, G711WavesHaveTheirDeliberateHeaderFieldsAPadByteWhenOddAndReadBack) {
   TempFolder folder;
   const std::string path = folder.File("u.wav");
   const float frames[6] = {0, 0, 0.5f, -0.5f, 1, -1};
@@ -94,7 +73,7 @@ TEST(RawFile, TheG711WaveHeaderHasItsDeliberateFieldsByteForByte) {
     EXPECT_EQ(FileBytes(path).size(), 58u);
     sink.Write(frames, 3);
   }
-  const Bytes b = FileBytes(path);
+  Bytes b = FileBytes(path);
   ASSERT_EQ(b.size(), 64u);
   const Bytes header = {'R',  'I',  'F', 'F', 56,   0,    0, 0, 'W', 'A', 'V', 'E', 'f', 'm', 't', ' ', 18, 0, 0, 0,
                         7,    0,    2,   0,   0x40, 0x1F, 0, 0,  // tag 7, 2 channels, 8000 Hz
@@ -106,21 +85,18 @@ TEST(RawFile, TheG711WaveHeaderHasItsDeliberateFieldsByteForByte) {
   ASSERT_EQ(source.GetErrorCode(), kLSourceOK);
   EXPECT_EQ(source.GetEndSample(), 3);
   EXPECT_EQ(ReadFrames(source, 3), Quantised<LSFULAW>(std::vector<float>(frames, frames + 6)));
-}
 
-TEST(RawFile, AnOddSizedALawWaveGetsAPadByteAndReadsBack) {
-  TempFolder folder;
-  const std::string path = folder.File("a.wav");
-  const std::vector<float> sine = Sine(4001, 1);
+  const std::string odd = folder.File("a.wav");
+  const std::vector<float> sine = SineFrames(4001, 1, 8000, 12.7, 0.9);
   {
-    LSoundSink sink = LWaveFile::OpenSink(path.c_str(), LWaveFileFormat{kLWaveTagALaw, 1, 8000, 8, false});
+    LSoundSink sink = LWaveFile::OpenSink(odd.c_str(), LWaveFileFormat{kLWaveTagALaw, 1, 8000, 8, false});
     sink.Write(sine.data(), 4001);
   }
-  const Bytes b = FileBytes(path);
+  b = FileBytes(odd);
   EXPECT_EQ(b.size(), 58u + 4001u + 1u);
   EXPECT_EQ(GetLE16(b, 20), kLWaveTagALaw);
   EXPECT_EQ(GetLE32(b, 46), 4001u);
-  LSoundSource source = LWaveFile::OpenSource(path.c_str());
-  EXPECT_EQ(source.GetEndSample(), 4001);
-  EXPECT_EQ(ReadFrames(source, 4001, 234), Quantised<LSFALAW>(sine));
+  LSoundSource alaw = LWaveFile::OpenSource(odd.c_str());
+  EXPECT_EQ(alaw.GetEndSample(), 4001);
+  EXPECT_EQ(ReadFrames(alaw, 4001, 234), Quantised<LSFALAW>(sine));
 }

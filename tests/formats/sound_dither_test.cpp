@@ -35,17 +35,18 @@ const std::vector<float> kTenPointFour(5, 10.4f / S);
 
 }  // namespace
 
-TEST(SoundDither, AnInputOfZerosStaysZeroOnEveryChannel) {
-  LSoundDither dither(true);
-  EXPECT_EQ(Dithered(dither, std::vector<float>(3000, 0.0f), 3), std::vector<std::int16_t>(3000, 0));
-}
-
-TEST(SoundDither, TheRoundingErrorIsFedIntoTheNextTwoSamples) {
+TEST(SoundDither, TheRoundingErrorIsFedIntoTheNextTwoSamplesOfTheSameChannel) {
   LSoundDither dither(true);
   // Errors +0.4, -0.6, +0.4 ... shaped with 0.9 and 0.45: 10.4, 10.76, 10.04, 10.49, 10.94.
   EXPECT_EQ(Dithered(dither, kTenPointFour), (std::vector<std::int16_t>{10, 11, 10, 10, 11}));
   LSoundDither off(false);
   EXPECT_EQ(Dithered(off, kTenPointFour), std::vector<std::int16_t>(5, 10));
+  LSoundDither stereo(true);
+  std::vector<float> interleaved;
+  for (float v : kTenPointFour) interleaved.insert(interleaved.end(), {v, 0.0f});
+  EXPECT_EQ(Dithered(stereo, interleaved, 2), (std::vector<std::int16_t>{10, 0, 11, 0, 10, 0, 10, 0, 11, 0}));
+  LSoundDither zeros(true);
+  EXPECT_EQ(Dithered(zeros, std::vector<float>(3000, 0.0f), 3), std::vector<std::int16_t>(3000, 0));
 }
 
 TEST(SoundDither, QuietInputAfterLongSilenceStaysSilent) {
@@ -56,14 +57,6 @@ TEST(SoundDither, QuietInputAfterLongSilenceStaysSilent) {
   EXPECT_EQ(Dithered(longSilence, {0, 0, 0, 0, 0, 0.8f / S, 0.8f / S}), std::vector<std::int16_t>(7, 0));
   // The quiet input kept as error during the silence pushes the first sound up: 1 + 0.9 * 0.8 + 0.45 * 0.8.
   EXPECT_EQ(Dithered(longSilence, {1.0f / S}), std::vector<std::int16_t>{2});
-}
-
-TEST(SoundDither, ChannelsKeepTheirOwnState) {
-  LSoundDither dither(true);
-  std::vector<float> stereo;
-  for (float v : kTenPointFour) stereo.insert(stereo.end(), {v, 0.0f});
-  std::vector<std::int16_t> got = Dithered(dither, stereo, 2);
-  EXPECT_EQ(got, (std::vector<std::int16_t>{10, 0, 11, 0, 10, 0, 10, 0, 11, 0}));
 }
 
 TEST(SoundDither, The16BitWaveWriterDithersAbove8000HzOnly) {

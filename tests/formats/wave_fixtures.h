@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/byte_stream.h"
+#include "engine/sample_format.h"
 #include "engine/sound_source.h"
 
 using Bytes = std::vector<unsigned char>;
@@ -35,6 +36,16 @@ LSoundSource OpenWave(const Bytes& bytes);
 
 // Reads frames frames from the position on, in one call or in blocks of the given size.
 std::vector<float> ReadFrames(LSoundSource& source, long long frames, long long block = 0);
+
+// The samples as they come back after being stored in the sample format Tag.
+template <class Tag>
+std::vector<float> Quantised(const std::vector<float>& v) {
+  std::vector<unsigned char> stored(v.size() * Tag::kBytes);
+  std::vector<float> back(v.size());
+  ConvertSamplesOut<Tag>(stored.data(), v.data(), static_cast<long long>(v.size()));
+  ConvertSamplesIn<Tag>(back.data(), stored.data(), static_cast<long long>(v.size()));
+  return back;
+}
 
 Bytes FileBytes(const std::string& path);
 void WriteFileBytes(const std::string& path, const Bytes& bytes);
