@@ -100,11 +100,9 @@ TEST(SDFReader, ReadsBackEveryKindOfChunkWithAnyBufferSize) {
   const Bytes file = WriteFile(kSDFFileTypeEffectChain, WriteSample);
   const std::string expected =
       "1#0=1 2#1=-123456 7#2=(3#0=-1125899906842624 5#1=Klänge 7#2=() ) 4#3=0.250000 6#4=300:43 ";
-  EXPECT_EQ(WalkFile(file), expected);
-  for (std::size_t bufferSize : {1, 5, 12, 13, 234}) {
-    SCOPED_TRACE(bufferSize);
-    EXPECT_EQ(WalkFile(file, bufferSize), expected);
-  }
+  for (std::size_t bufferSize : {std::size_t{1}, std::size_t{5}, std::size_t{12}, std::size_t{13}, std::size_t{234},
+                                 kSDFReadBufferSize})
+    EXPECT_EQ(WalkFile(file, bufferSize), expected) << bufferSize;
   // Passing over what was buffered costs no reading again.
   LMemoryStream stream(file.data(), file.size());
   LSDFReader reader;
@@ -113,6 +111,27 @@ TEST(SDFReader, ReadsBackEveryKindOfChunkWithAnyBufferSize) {
   while (it.StartNextChunk()) {
   }
   EXPECT_EQ(stream.BytesRead(), static_cast<long long>(file.size()));
+
+  // The same through a file, with no descriptor left open.
+  TempFolder folder;
+  const int descriptors = OpenDescriptorCount();
+  const std::string path = folder.File("chain.ecf");
+  {
+    LFileStream out(::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    LSDFWriter writer;
+    ASSERT_TRUE(writer.Open(out, kSDFFileTypeEffectChain, 1));
+    WriteSample(writer);
+    ASSERT_TRUE(writer.Close());
+  }
+  {
+    LFileStream in(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    LSDFReader fileReader(7);
+    ASSERT_TRUE(fileReader.Open(in, kSDFFileTypeEffectChain));
+    LSDFReaderChunkIterator walk(fileReader);
+    EXPECT_EQ(Walk(fileReader, walk), expected);
+    EXPECT_TRUE(fileReader.IsOK());
+  }
+  EXPECT_EQ(OpenDescriptorCount(), descriptors);
 }
 
 TEST(SDFReader, OpenChecksMagicFormatVersionFileTypeAndRootButNotDataVersion) {
@@ -124,18 +143,13 @@ TEST(SDFReader, OpenChecksMagicFormatVersionFileTypeAndRootButNotDataVersion) {
     EXPECT_EQ(reader.DataVersion(), 99);
     EXPECT_EQ(reader.FormatVersion(), kSDFFormatVersion);
   }
-  Bytes bad = good;
-  bad[3] = 'F';
-  EXPECT_FALSE(Opens(bad, kSDFFileTypeEffectChain));
-  bad = good;
-  PutU16(bad, 4, 2);
-  EXPECT_FALSE(Opens(bad, kSDFFileTypeEffectChain));
-  bad = good;
-  PutU16(bad, 12, 1);
-  EXPECT_FALSE(Opens(bad, kSDFFileTypeEffectChain));
-  bad = good;
-  PutU16(bad, 14, kSDFChunkTypeBlob);
-  EXPECT_FALSE(Opens(bad, kSDFFileTypeEffectChain));
+  // Magic, format version, root id, root type.
+  for (auto [at, value] : {std::pair<std::size_t, unsigned short>{2, 'F' << 8 | 'd'}, {4, 2}, {12, 1},
+                           {14, kSDFChunkTypeBlob}}) {
+    Bytes bad = good;
+    PutU16(bad, at, value);
+    EXPECT_FALSE(Opens(bad, kSDFFileTypeEffectChain)) << at;
+  }
   EXPECT_FALSE(Opens(Bytes(good.begin(), good.begin() + 23), kSDFFileTypeEffectChain));
 
   const auto nothing = [](LSDFWriter&) {};
@@ -167,7 +181,7 @@ TEST(SDFReader, SkipsAnUnknownMegabyteChunkWithoutReadingIt) {
   }
 }
 
-TEST(SDFReader, ChunksOfANewerBuildSurviveAReadAndWriteBackInPlace) {
+TEST(SDFReader, ChunksOfANewerBuildAreKeptWithTheirPlaceAmongTheKnownOnes) {
   // A newer build put chunk 9 between the known chunks 1 and 2 of container 50.
   const Bytes newer = WriteFile(kSDFFileTypeEffectChain, [](LSDFWriter& writer) {
     writer.StartContainer(50);
@@ -191,35 +205,14 @@ TEST(SDFReader, ChunksOfANewerBuildSurviveAReadAndWriteBackInPlace) {
     else if (it.Id() == 2) EXPECT_TRUE(it.Chunk().ReadInt(second));
     else EXPECT_TRUE(it.Chunk().ReadUnknownChunk(preserved));
   }
+  // Where they go back on writing is the writer's test; here, that they carry their place.
   ASSERT_EQ(preserved.size(), 2u);
   EXPECT_EQ(preserved.front().index, 1);
   EXPECT_EQ(preserved.front().type, kSDFChunkTypeString);
+  EXPECT_EQ(preserved.back().index, 2);
   EXPECT_EQ(preserved.back().DataLength(), 0u);
-
-  LMemoryStream out;
-  LSDFWriter writer;
-  ASSERT_TRUE(writer.Open(out, kSDFFileTypeEffectChain, 1));
-  writer.StartContainer(50, preserved, 0);
-  writer.WriteInt(1, first, 0);
-  writer.WriteInt(2, second, 3);
-  writer.EndContainer(50);
-  ASSERT_TRUE(writer.Close());
-
-  LMemoryStream again(out.Bytes().data(), out.Bytes().size());
-  ASSERT_TRUE(reader.Open(again, kSDFFileTypeEffectChain));
-  LSDFReaderChunkIterator root2(reader);
-  ASSERT_TRUE(root2.StartNextChunk());
-  LSDFReaderChunkIterator it2(reader, root2.Info());
-  std::string seen;
-  while (it2.StartNextChunk()) {
-    seen += std::to_string(it2.Id()) + " ";
-    if (it2.Id() == 9) {
-      LStringLong text;
-      EXPECT_TRUE(it2.Chunk().ReadString(text));
-      EXPECT_EQ(text, "new");
-    }
-  }
-  EXPECT_EQ(seen, "1 9 2 ");  // the empty chunk 8 is dropped
+  EXPECT_EQ(first, 11);
+  EXPECT_EQ(second, 22);
 }
 
 TEST(SDFReader, LongStringIsCutAt1560BytesAndTheNextChunkStillReads) {
@@ -336,29 +329,4 @@ TEST(SDFReader, RandomlyDamagedFilesNeverCrashOrHang) {
     if (round % 3 == 0) bad.resize(random() % bad.size());
     (void)WalkFile(bad, 1 + random() % 300);
   }
-}
-
-TEST(SDFReader, RoundTripsThroughAFileWithoutLeakingDescriptors) {
-  TempFolder folder;
-  ASSERT_FALSE(folder.Path().empty());
-  const int descriptors = OpenDescriptorCount();
-  const std::string path = folder.File("chain.ecf");
-  {
-    LFileStream out(::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
-    ASSERT_TRUE(out.IsOpen());
-    LSDFWriter writer;
-    ASSERT_TRUE(writer.Open(out, kSDFFileTypeEffectChain, 1));
-    WriteSample(writer);
-    ASSERT_TRUE(writer.Close());
-  }
-  {
-    LFileStream in(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    ASSERT_TRUE(in.IsOpen());
-    LSDFReader reader(7);
-    ASSERT_TRUE(reader.Open(in, kSDFFileTypeEffectChain));
-    LSDFReaderChunkIterator it(reader);
-    EXPECT_EQ(Walk(reader, it), WalkFile(WriteFile(kSDFFileTypeEffectChain, WriteSample)));
-    EXPECT_TRUE(reader.IsOK());
-  }
-  EXPECT_EQ(OpenDescriptorCount(), descriptors);
 }

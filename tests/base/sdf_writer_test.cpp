@@ -13,12 +13,6 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-unsigned short U16At(const Bytes& b, std::size_t at) {
-  unsigned short v;
-  std::memcpy(&v, b.data() + at, 2);
-  return v;
-}
-
 unsigned long long U64At(const Bytes& b, std::size_t at) {
   unsigned long long v;
   std::memcpy(&v, b.data() + at, 8);
@@ -77,17 +71,23 @@ TEST(SDFWriter, EmptyEffectChainFileIsHeaderRootContainerAndTrailer) {
   EXPECT_TRUE(writer.IsOK());
   ASSERT_TRUE(writer.Close());
   EXPECT_FALSE(writer.IsOK());
-
   const Bytes expected = {
-      'l', 's', 'd', 'f',  // magic
-      1, 0,                // format version
-      11, 0, 0, 0,         // file type
-      1, 0,                // data version
-      0, 0, 0, 0,          // root id and type
+      'l', 's', 'd', 'f',      // magic
+      1, 0,                    // format version
+      11, 0, 0, 0,             // file type
+      1, 0,                    // data version
+      0, 0, 0, 0,              // root id and type
       0, 0, 0, 0, 0, 0, 0, 0,  // root length
-      'l', 's', 'd', 'f',  // trailer
+      'l', 's', 'd', 'f',      // trailer
   };
   EXPECT_EQ(stream.Bytes(), expected);
+
+  // An unopened writer does nothing and closes quietly.
+  LSDFWriter unopened;
+  EXPECT_FALSE(unopened.IsOK());
+  EXPECT_FALSE(unopened.WriteInt(1, 1));
+  EXPECT_FALSE(unopened.StartChunk(1, kSDFChunkTypeBlob));
+  EXPECT_TRUE(unopened.Close());
 }
 
 TEST(SDFWriter, ValueChunksCarryTheirTypeWidthAndPatchedLengths) {
@@ -118,8 +118,8 @@ TEST(SDFWriter, ValueChunksCarryTheirTypeWidthAndPatchedLengths) {
   std::size_t at = 24;
   for (const Expected& e : chunks) {
     SCOPED_TRACE(e.id);
-    EXPECT_EQ(U16At(b, at), e.id);
-    EXPECT_EQ(U16At(b, at + 2), e.type);
+    EXPECT_EQ(b[at] | b[at + 1] << 8, e.id);
+    EXPECT_EQ(b[at + 2] | b[at + 3] << 8, e.type);
     EXPECT_EQ(U64At(b, at + 4), e.length);
     contents += 12 + (e.type == 0 ? 0 : e.length);
     at += 12 + (e.type == 0 ? 0 : e.length);  // step into the container
@@ -127,8 +127,23 @@ TEST(SDFWriter, ValueChunksCarryTheirTypeWidthAndPatchedLengths) {
   EXPECT_EQ(U64At(b, 16), contents);  // root length
   ASSERT_EQ(b.size(), 24 + contents + 4);
   EXPECT_EQ(std::memcmp(b.data() + b.size() - 4, "lsdf", 4), 0);
-  EXPECT_EQ(b[36 + 12], 0xFE);                            // -2, low byte first
+  EXPECT_EQ(b[36 + 12], 0xFE);                                                 // -2, low byte first
   EXPECT_EQ(std::memcmp(b.data() + 24 + 28 + 13 + 20 + 16 + 12, "ab", 3), 0);  // counts the zero
+}
+
+TEST(SDFWriter, CloseEndsChunksLeftOpen) {
+  LMemoryStream stream;
+  LSDFWriter writer;
+  ASSERT_TRUE(writer.Open(stream, kSDFFileTypeEffectChain, 1));
+  EXPECT_TRUE(writer.StartContainer(1));
+  EXPECT_TRUE(writer.StartChunk(2, kSDFChunkTypeBlob));
+  EXPECT_TRUE(writer.WriteData("abc", 3));
+  ASSERT_TRUE(writer.Close());
+  const Bytes& b = stream.Bytes();
+  ASSERT_EQ(b.size(), 24u + 12 + 12 + 3 + 4);
+  EXPECT_EQ(U64At(b, 16), 27u);
+  EXPECT_EQ(U64At(b, 28), 15u);
+  EXPECT_EQ(U64At(b, 40), 3u);
 }
 
 TEST(SDFWriter, PreservedChunksGoBackWhereTheyStoodAndEmptyOnesAreDropped) {
@@ -203,27 +218,4 @@ TEST(SDFWriter, FailingStreamStopsTheWriterWhichThenAnswersFalseAndLeavesNoTrail
       EXPECT_NE(std::memcmp(b.data() + b.size() - 4, "lsdf", 4), 0);
     }
   }
-}
-
-TEST(SDFWriter, UnopenedWriterDoesNothingAndClosesQuietly) {
-  LSDFWriter writer;
-  EXPECT_FALSE(writer.IsOK());
-  EXPECT_FALSE(writer.WriteInt(1, 1));
-  EXPECT_FALSE(writer.StartChunk(1, kSDFChunkTypeBlob));
-  EXPECT_TRUE(writer.Close());
-}
-
-TEST(SDFWriter, CloseEndsChunksLeftOpen) {
-  LMemoryStream stream;
-  LSDFWriter writer;
-  ASSERT_TRUE(writer.Open(stream, kSDFFileTypeEffectChain, 1));
-  EXPECT_TRUE(writer.StartContainer(1));
-  EXPECT_TRUE(writer.StartChunk(2, kSDFChunkTypeBlob));
-  EXPECT_TRUE(writer.WriteData("abc", 3));
-  ASSERT_TRUE(writer.Close());
-  const Bytes& b = stream.Bytes();
-  ASSERT_EQ(b.size(), 24u + 12 + 12 + 3 + 4);
-  EXPECT_EQ(U64At(b, 16), 27u);
-  EXPECT_EQ(U64At(b, 28), 15u);
-  EXPECT_EQ(U64At(b, 40), 3u);
 }

@@ -28,28 +28,37 @@ protected:
 
 }  // namespace
 
-TEST_F(UserSettingsTest, ValuesSurviveAReloadInTheirDomainAndSection) {
+TEST_F(UserSettingsTest, ValuesSurviveAReloadInTheirDomainAndSectionAndRemovedKeysDoNot) {
   EXPECT_EQ(settings().Get(kLSettingsDomain, "Cache", "RetentionDays", "28"), "28");
   ASSERT_TRUE(settings().Set(kLSettingsDomain, "Cache", "RetentionDays", "30"));
   ASSERT_TRUE(settings().Set(kLRecentFileListDomain, "", "File0", "/music/ä.wav"));
   ASSERT_TRUE(settings().Set(kLUsageStatsDomain, "Counts", "Opened", "3"));
+  ASSERT_TRUE(settings().Set(kLSettingsDomain, "A", "one", "1"));
+  ASSERT_TRUE(settings().Set(kLSettingsDomain, "A", "two", "2"));
+  ASSERT_TRUE(settings().Remove(kLSettingsDomain, "A", "one"));
+  EXPECT_TRUE(settings().Remove(kLSettingsDomain, "A", "never there"));
+  // Texts with the file's own syntax come back as they were.
+  const std::string awkward = "a=b\n[c]\\d\r;e";
+  ASSERT_TRUE(settings().Set(kLSettingsDomain, "sec]tion=", "key=[x]", awkward.c_str()));
+  ASSERT_TRUE(settings().Set(kLSettingsDomain, "sec]tion=", "empty", ""));
   Reload();
   EXPECT_EQ(settings().Get(kLSettingsDomain, "Cache", "RetentionDays"), "30");
   EXPECT_EQ(settings().Get(kLSettingsDomain, "Other", "RetentionDays", "none"), "none");
   EXPECT_EQ(settings().Get(kLRecentFileListDomain, "", "File0"), "/music/ä.wav");
   EXPECT_EQ(settings().Get(kLSettingsDomain, "", "File0", "none"), "none");
   EXPECT_EQ(settings().GetInt(kLUsageStatsDomain, "Counts", "Opened", 0), 3);
-  EXPECT_TRUE(std::filesystem::exists(folder_ + "/Settings.ini"));
-  EXPECT_TRUE(std::filesystem::exists(folder_ + "/RecentFileList.ini"));
-}
-
-TEST_F(UserSettingsTest, TextsWithTheFilesOwnSyntaxComeBackAsTheyWere) {
-  const std::string awkward = "a=b\n[c]\\d\r;e";
-  ASSERT_TRUE(settings().Set(kLSettingsDomain, "sec]tion=", "key=[x]", awkward.c_str()));
-  ASSERT_TRUE(settings().Set(kLSettingsDomain, "sec]tion=", "empty", ""));
-  Reload();
+  EXPECT_EQ(settings().Get(kLSettingsDomain, "A", "one", "gone"), "gone");
+  EXPECT_EQ(settings().Get(kLSettingsDomain, "A", "two"), "2");
   EXPECT_EQ(settings().Get(kLSettingsDomain, "sec]tion=", "key=[x]"), awkward);
   EXPECT_EQ(settings().Get(kLSettingsDomain, "sec]tion=", "empty", "fallback"), "");
+  EXPECT_TRUE(std::filesystem::exists(folder_ + "/Settings.ini"));
+  EXPECT_TRUE(std::filesystem::exists(folder_ + "/RecentFileList.ini"));
+
+  // A domain name that is no plain word is refused.
+  EXPECT_FALSE(settings().Set("../escape", "A", "b", "c"));
+  EXPECT_FALSE(settings().Set("", "A", "b", "c"));
+  EXPECT_EQ(settings().Get("../escape", "A", "b", "fallback"), "fallback");
+  EXPECT_FALSE(std::filesystem::exists(temp_.File("escape.ini")));
 }
 
 TEST_F(UserSettingsTest, ZeroSwitchesAFeatureOffAndNumbersFallBack) {
@@ -63,16 +72,6 @@ TEST_F(UserSettingsTest, ZeroSwitchesAFeatureOffAndNumbersFallBack) {
   EXPECT_EQ(settings().GetInt(kLSettingsDomain, "View", "Zoom", 0), -12);
   EXPECT_EQ(settings().GetInt(kLSettingsDomain, "View", "Spectrum", 7), 7);
   EXPECT_EQ(settings().GetInt(kLSettingsDomain, "View", "Missing", 28), 28);
-}
-
-TEST_F(UserSettingsTest, RemovingAKeyTakesItFromTheFile) {
-  ASSERT_TRUE(settings().Set(kLSettingsDomain, "A", "one", "1"));
-  ASSERT_TRUE(settings().Set(kLSettingsDomain, "A", "two", "2"));
-  ASSERT_TRUE(settings().Remove(kLSettingsDomain, "A", "one"));
-  EXPECT_TRUE(settings().Remove(kLSettingsDomain, "A", "never there"));
-  Reload();
-  EXPECT_EQ(settings().Get(kLSettingsDomain, "A", "one", "gone"), "gone");
-  EXPECT_EQ(settings().Get(kLSettingsDomain, "A", "two"), "2");
 }
 
 TEST_F(UserSettingsTest, AFileChangedByAnotherInstanceIsReadAgainAndNoTemporaryFileStays) {
@@ -104,17 +103,9 @@ TEST_F(UserSettingsTest, ManyThreadsSettingAtOnceLoseNothing) {
   }
   for (auto& thread : threads) thread.join();
   Reload();
-  for (int t = 0; t < 4; ++t) {
+  for (int t = 0; t < 4; ++t)
     for (int i = 0; i < 10; ++i) {
       std::string key = "k" + std::to_string(t) + "_" + std::to_string(i);
       ASSERT_EQ(settings().Get(kLUsageStatsDomain, "Threads", key.c_str()), key);
     }
-  }
-}
-
-TEST_F(UserSettingsTest, ADomainNameThatIsNoPlainWordIsRefused) {
-  EXPECT_FALSE(settings().Set("../escape", "A", "b", "c"));
-  EXPECT_FALSE(settings().Set("", "A", "b", "c"));
-  EXPECT_EQ(settings().Get("../escape", "A", "b", "fallback"), "fallback");
-  EXPECT_FALSE(std::filesystem::exists(temp_.File("escape.ini")));
 }

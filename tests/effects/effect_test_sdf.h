@@ -34,26 +34,20 @@ inline std::vector<unsigned char> SaveEffect(const LSoundProcess& effect) {
   });
 }
 
-// Loads an effect from the first chunk at the root (a record container).
-inline void LoadEffect(LSoundProcess& effect, const std::vector<unsigned char>& bytes) {
+// Loads an effect from the first chunk at the root (a record container), or in
+// the older flat layout, from the chunks of that container alone.
+inline void LoadEffect(LSoundProcess& effect, const std::vector<unsigned char>& bytes, bool flat = false) {
   LMemoryStream stream(bytes);
   LSDFReader reader;
   ASSERT_TRUE(reader.Open(stream, kSDFFileTypeEffectChain));
   LSDFReaderChunkIterator root(reader);
   ASSERT_TRUE(root.StartNextChunk());
   LSDFReaderChunkIterator record(reader, root.Info());
-  effect.LoadFromSDF(reader, record);
-}
-
-// Loads an effect's older flat layout: the chunks of the first container at the root.
-inline void LoadEffectFlat(LSoundProcess& effect, const std::vector<unsigned char>& bytes) {
-  LMemoryStream stream(bytes);
-  LSDFReader reader;
-  ASSERT_TRUE(reader.Open(stream, kSDFFileTypeEffectChain));
-  LSDFReaderChunkIterator root(reader);
-  ASSERT_TRUE(root.StartNextChunk());
-  LSDFReaderChunkIterator record(reader, root.Info());
-  effect.LoadFromSDF(record);
+  if (flat) {
+    effect.LoadFromSDF(record);
+  } else {
+    effect.LoadFromSDF(reader, record);
+  }
 }
 
 inline void LoadChain(LSoundProcessMulti& chain, const std::vector<unsigned char>& bytes) {

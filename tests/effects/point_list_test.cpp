@@ -4,7 +4,7 @@
 
 #include "effects/eq.h"
 
-TEST(PointList, GainRunsLinearlyBetweenPointsAndHoldsBeyondThem) {
+TEST(PointList, GainRunsLinearlyBetweenPointsHoldsBeyondThemAndStepsAtADoublePoint) {
   LPointList list;
   EXPECT_EQ(list.GainAt(1000), 0.0);
   list.Add(2000, -10);
@@ -18,26 +18,18 @@ TEST(PointList, GainRunsLinearlyBetweenPointsAndHoldsBeyondThem) {
   EXPECT_EQ(list.GainAt(1750), -5.0);
   EXPECT_EQ(list.GainAt(2500), -10.0);
   EXPECT_EQ(list.GainAt(99999), -10.0);
-}
 
-TEST(PointList, TwoPointsAtOneFrequencyDrawAStep) {
-  LPointList list;
-  list.Add(100, 0);
-  list.Add(500, 0);
-  list.Add(500, -20);
-  list.Add(900, -20);
-  EXPECT_EQ(list.GainAt(499.9), 0.0);
-  EXPECT_EQ(list.GainAt(500), -20.0);
-  EXPECT_EQ(list.GainAt(700), -20.0);
+  // Two points at one frequency draw a step.
+  LPointList step;
+  for (auto [hz, db] : {std::pair{100, 0}, {500, 0}, {500, -20}, {900, -20}}) step.Add(hz, db);
+  EXPECT_EQ(step.GainAt(499.9), 0.0);
+  EXPECT_EQ(step.GainAt(500), -20.0);
+  EXPECT_EQ(step.GainAt(700), -20.0);
 }
 
 TEST(PointList, MappingFillsEveryWholeHertzUpToHalfTheRate) {
   LPointList list;
-  list.Add(10, -60);
-  list.Add(999, -60);
-  list.Add(1000, 0);
-  list.Add(2000, 0);
-  list.Add(2001, -60);
+  for (auto [hz, db] : {std::pair{10, -60}, {999, -60}, {1000, 0}, {2000, 0}, {2001, -60}}) list.Add(hz, db);
   LSPEq eq;
   list.MapPointListToEq(eq, 8000);
   ASSERT_EQ(eq.GetGains().size(), 4001u);

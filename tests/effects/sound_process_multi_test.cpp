@@ -31,44 +31,48 @@ LSPEcho Echo(int gain, long long time) {
 
 }  // namespace
 
-TEST(SoundProcessMulti, AContainerWithoutATypeIdBeforeItStopsTheLoad) {
-  std::vector<unsigned char> bytes = MakeChainFile([](LSDFWriter& w) {
-    WriteRecord(w, LSPGain(-6.0));
-    w.StartContainer(kLSPMultiChunkEffect);  // no id since the last effect
-    LSPGain(3.0).SaveToSDF(w);
-    w.EndContainer(kLSPMultiChunkEffect);
-    WriteRecord(w, Echo(20, 30));
-  });
-  LSoundProcessMulti chain;
-  LoadChain(chain, bytes);
-  ASSERT_EQ(chain.GetCount(), 1);
-  EXPECT_EQ(static_cast<LSPGain*>(chain.GetFirst())->GetGainDb(), -6.0);
-}
-
-TEST(SoundProcessMulti, TheReservedId16384AndAShortIdEndTheChain) {
-  std::vector<unsigned char> reserved = MakeChainFile([](LSDFWriter& w) {
-    WriteRecord(w, Echo(20, 30));
-    w.WriteInt(kLSPMultiChunkType, 16384);
-    w.StartContainer(kLSPMultiChunkEffect);
-    w.EndContainer(kLSPMultiChunkEffect);
-    WriteRecord(w, LSPGain(1.0));
-  });
-  LSoundProcessMulti chain;
-  LoadChain(chain, reserved);
-  EXPECT_EQ(chain.GetCount(), 1);
-
-  std::vector<unsigned char> shortId = MakeChainFile([](LSDFWriter& w) {
-    const unsigned char two[] = {1, 0};
-    w.StartChunk(kLSPMultiChunkType, kSDFChunkTypeInt);
-    w.WriteData(two, sizeof two);
-    w.EndChunk(kLSPMultiChunkType);
-    w.StartContainer(kLSPMultiChunkEffect);
-    w.EndContainer(kLSPMultiChunkEffect);
-    WriteRecord(w, LSPGain(1.0));
-  });
-  LSoundProcessMulti chain2;
-  LoadChain(chain2, shortId);
-  EXPECT_EQ(chain2.GetCount(), 0);
+TEST(SoundProcessMulti, AMissingOrShortTypeIdAndTheReservedId16384EndTheChain) {
+  struct Case {
+    const char* what;
+    void (*write)(LSDFWriter&);
+    int loaded;
+  };
+  const Case cases[] = {
+      {"no id before the second container",
+       [](LSDFWriter& w) {
+         WriteRecord(w, LSPGain(-6.0));
+         w.StartContainer(kLSPMultiChunkEffect);
+         LSPGain(3.0).SaveToSDF(w);
+         w.EndContainer(kLSPMultiChunkEffect);
+         WriteRecord(w, Echo(20, 30));
+       },
+       1},
+      {"reserved id",
+       [](LSDFWriter& w) {
+         WriteRecord(w, Echo(20, 30));
+         w.WriteInt(kLSPMultiChunkType, 16384);
+         w.StartContainer(kLSPMultiChunkEffect);
+         w.EndContainer(kLSPMultiChunkEffect);
+         WriteRecord(w, LSPGain(1.0));
+       },
+       1},
+      {"short id",
+       [](LSDFWriter& w) {
+         const unsigned char two[] = {1, 0};
+         w.StartChunk(kLSPMultiChunkType, kSDFChunkTypeInt);
+         w.WriteData(two, sizeof two);
+         w.EndChunk(kLSPMultiChunkType);
+         w.StartContainer(kLSPMultiChunkEffect);
+         w.EndContainer(kLSPMultiChunkEffect);
+         WriteRecord(w, LSPGain(1.0));
+       },
+       0},
+  };
+  for (const Case& c : cases) {
+    LSoundProcessMulti chain;
+    LoadChain(chain, MakeChainFile(c.write));
+    EXPECT_EQ(chain.GetCount(), c.loaded) << c.what;
+  }
 }
 
 TEST(SoundProcessMulti, APointListEqualiserInARecordIsDroppedAndTheEffectsAfterItLoad) {
@@ -94,32 +98,12 @@ TEST(SoundProcessMulti, APointListEqualiserInARecordIsDroppedAndTheEffectsAfterI
   EXPECT_EQ(chain.GetAt(2), nullptr);
 }
 
-TEST(SoundProcessMulti, ADisabledEffectIsSkippedWhenOpenedButSavedAndLoadedWithItsFlag) {
-  LSoundProcessMulti chain;
-  chain.Append(std::make_unique<LSPEcho>(Echo(50, 2)));
-  auto gain = std::make_unique<LSPGain>(20.0);
-  gain->bDisabled = true;
-  chain.Append(std::move(gain));
-
-  std::vector<float> samples = Sine(440.0, 0.5, 8000, 1000);
-  LSoundSource input = MakeBufferSource(samples, 8000, 1);
-  LSoundSource viaChain = chain.OpenSource(input);
-  LSPEcho alone = Echo(50, 2);
-  LSoundSource input2 = MakeBufferSource(samples, 8000, 1);
-  LSoundSource viaEcho = alone.OpenSource(input2);
-  EXPECT_EQ(ReadAll(viaChain, 1000, 1000), ReadAll(viaEcho, 1000, 1000));
-
-  LSoundProcessMulti loaded;
-  LoadChain(loaded, SaveChain(chain));
-  ASSERT_EQ(loaded.GetCount(), 2);
-  EXPECT_FALSE(loaded.GetAt(0)->bDisabled);
-  EXPECT_TRUE(loaded.GetAt(1)->bDisabled);
-  EXPECT_EQ(static_cast<LSPGain*>(loaded.GetAt(1))->GetGainDb(), 20.0);
-}
-
-TEST(SoundProcessMulti, TheFirstEffectProcessesTheRawInputAndEachLaterOneTheOutputBefore) {
+TEST(SoundProcessMulti, EachEffectProcessesTheOutputBeforeItAndADisabledOneIsSkippedButSaved) {
   LSoundProcessMulti chain;
   chain.Append(std::make_unique<LSPEcho>(Echo(50, 1)));
+  auto disabled = std::make_unique<LSPGain>(20.0);
+  disabled->bDisabled = true;
+  chain.Append(std::move(disabled));
   chain.Append(std::make_unique<LSPGain>(-6.0));
   std::vector<float> samples = Staircase(200, 2, 200.0f);
   LSoundSource input = MakeBufferSource(samples, 8000, 2);
@@ -131,6 +115,13 @@ TEST(SoundProcessMulti, TheFirstEffectProcessesTheRawInputAndEachLaterOneTheOutp
   LSPGain gain(-6.0);
   LSoundSource expected = gain.OpenSource(echoed);
   EXPECT_EQ(ReadAll(out, 200, 37), ReadAll(expected, 200, 200));
+
+  LSoundProcessMulti loaded;
+  LoadChain(loaded, SaveChain(chain));
+  ASSERT_EQ(loaded.GetCount(), 3);
+  EXPECT_FALSE(loaded.GetAt(0)->bDisabled);
+  EXPECT_TRUE(loaded.GetAt(1)->bDisabled);
+  EXPECT_EQ(static_cast<LSPGain*>(loaded.GetAt(1))->GetGainDb(), 20.0);
 }
 
 TEST(SoundProcessMulti, AChainWithNothingToApplyAnswersTheInputItself) {

@@ -4,10 +4,9 @@
 
 #include "effect_test_sources.h"
 
-TEST(SourceLevels, MeasuresEachChannelsPeakAndMeanAndRewinds) {
+TEST(SourceLevels, MeasuresEachChannelsPeakAndMeanRewindsAndStopsWhenCancelled) {
   // 20000 frames: more than two blocks. Channel 0 rises 0 ... 19999, channel 1 falls.
-  const std::vector<float> x = Staircase(20000, 2);
-  LSoundSource source = MakeBufferSource(x, 8000, 2);
+  LSoundSource source = MakeBufferSource(Staircase(20000, 2), 8000, 2);
   source.Seek(777);
   LSourceLevels levels;
   LProcessInterfaceQuiet process;
@@ -20,14 +19,12 @@ TEST(SourceLevels, MeasuresEachChannelsPeakAndMeanAndRewinds) {
   EXPECT_EQ(levels.PeakAll(), 19999.0f);
   EXPECT_EQ(source.GetPositionSample(), 0);
   EXPECT_EQ(process.Progress(), 1.0);
-}
 
-TEST(SourceLevels, StopsWhenCancelled) {
-  LSoundSource source = MakeBufferSource(Staircase(20000, 1), 8000, 1);
-  LSourceLevels levels;
-  LProcessInterfaceQuiet process;
-  process.CancelAfterChecks(1);
-  EXPECT_EQ(LSourceLevelsMeasure(process, source, levels), kLProcessCancelled);
-  EXPECT_EQ(levels.frames, 8192);
+  LSourceLevels cut;
+  LProcessInterfaceQuiet cancelling;
+  cancelling.CancelAfterChecks(1);
+  source.Seek(777);
+  EXPECT_EQ(LSourceLevelsMeasure(cancelling, source, cut), kLProcessCancelled);
+  EXPECT_EQ(cut.frames, 8192);
   EXPECT_EQ(source.GetPositionSample(), 0);
 }

@@ -13,11 +13,6 @@ namespace {
 
 LCutListAudioSink* SinkOf(const LSoundSink& handle) { return static_cast<LCutListAudioSink*>(handle.Get()); }
 
-std::uint16_t GrfCode(const std::vector<unsigned char>& grf, long long record, int channels, int channel, int which) {
-  const std::size_t at = static_cast<std::size_t>((record * channels + channel) * 4 + which * 2);
-  return static_cast<std::uint16_t>(grf[at] | grf[at + 1] << 8);
-}
-
 // Stereo frames whose peaks change from block to block, some beyond full scale.
 std::vector<float> Waves(long long frames) {
   std::vector<float> s;
@@ -107,12 +102,13 @@ TEST_F(CutListTest, SeekingTo1000RewritesFromOverviewRecord3With232FramesInTheBl
   EXPECT_EQ(s->BlockFrames(), 0);
   sink.Close();
 
-  const std::vector<unsigned char> grf = FileBytes(CachePath(item, kLSoundCacheExtOverview));
-  ASSERT_EQ(grf.size(), 7u * kChannels * 4);
-  EXPECT_EQ(GrfCode(grf, 2, kChannels, 0, 0), 2067);
-  EXPECT_EQ(GrfCode(grf, 3, kChannels, 0, 0), 4134);
-  EXPECT_EQ(GrfCode(grf, 3, kChannels, 1, 0), 4134);
-  EXPECT_EQ(GrfCode(grf, 4, kChannels, 0, 0), 2067);
+  const std::vector<std::uint16_t> grf = OverviewCodes(CachePath(item, kLSoundCacheExtOverview));
+  ASSERT_EQ(grf.size(), 7u * kChannels * 2);
+  // Positive codes of records 2 to 4: 0.5, then 1.0 on both channels, then 0.5.
+  EXPECT_EQ(grf[2 * 4], 2067);
+  EXPECT_EQ(grf[3 * 4], 4134);
+  EXPECT_EQ(grf[3 * 4 + 2], 4134);
+  EXPECT_EQ(grf[4 * 4], 2067);
   EXPECT_EQ(list.GetLength(), 1024);
   std::vector<float> read = ReadList(list);
   EXPECT_EQ(read[999 * kChannels], 0.5f);

@@ -30,17 +30,6 @@ std::vector<float> Render(const Model& model, int channels) {
   return samples;
 }
 
-std::vector<float> ReadBlocks(LSoundSource& source, long long from, long long frames, long long block) {
-  const int channels = source.GetChannels();
-  std::vector<float> samples(static_cast<std::size_t>(frames * channels), -1.0f);
-  source.Seek(from);
-  for (long long at = 0; at < frames; at += block) {
-    const long long take = std::min(block, frames - at);
-    source.Read(samples.data() + at * channels, take);
-  }
-  return samples;
-}
-
 std::vector<float> ReadList(const LCutListAudio& list) {
   LSoundSource source = list.OpenSource();
   const long long frames = source.GetEndSample();

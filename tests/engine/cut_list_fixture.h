@@ -25,8 +25,6 @@ using Model = std::vector<ModelFrame>;
 // The interleaved samples a model reads as.
 [[nodiscard]] std::vector<float> Render(const Model& model, int channels);
 
-// Reads frames [from, from + frames) of a source in blocks of the given size.
-[[nodiscard]] std::vector<float> ReadBlocks(LSoundSource& source, long long from, long long frames, long long block);
 // The whole list through one Read.
 [[nodiscard]] std::vector<float> ReadList(const LCutListAudio& list);
 

@@ -124,9 +124,7 @@ TEST_F(CutListTest, SilenceGoesBeforeZeroInsideSegmentsPastTheEndAndIntoAnEmptyL
 
   LCutListAudio empty;
   empty.EfInsertSilence(50, 10);
-  ASSERT_EQ(empty.SegmentCount(), 1);
-  EXPECT_EQ(empty.Segments().front().length, 60);
-  EXPECT_EQ(empty.Segments().front().ItemNumber(), kLSoundCacheItemSilence);
+  EXPECT_EQ(ShapeOf(empty), (std::vector<Shape>{{kLSoundCacheItemSilence, 60, 0}}));
   EXPECT_EQ(empty.Segments().front().gain, 1.0f);
 }
 

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 namespace {
@@ -21,55 +23,37 @@ std::vector<float> In(const std::vector<unsigned char>& bytes) {
   return out;
 }
 
-std::int16_t I16(const std::vector<unsigned char>& b, size_t i) {
-  return static_cast<std::int16_t>(b[2 * i] | (b[2 * i + 1] << 8));
+// Little-endian signed integers of the given width, one per sample.
+template <class Int>
+std::vector<long long> Ints(const std::vector<unsigned char>& b) {
+  std::vector<long long> v;
+  for (std::size_t at = 0; at + sizeof(Int) <= b.size(); at += sizeof(Int)) {
+    Int x;
+    std::memcpy(&x, b.data() + at, sizeof x);
+    v.push_back(x);
+  }
+  return v;
 }
+
+using Codes = std::vector<unsigned char>;
 
 }  // namespace
 
-TEST(SampleFormat, Sixteen_BitWritingRoundsHalfAwayAndClampsOnlyAtTheTop) {
-  auto b = Out<LSF16>({1.0f, -1.0f, 0.49f / 32767.0f, 2.0f, -2.0f, 0.5f / 32767.0f, -0.5f / 32767.0f});
-  EXPECT_EQ(I16(b, 0), 32767);
-  EXPECT_EQ(I16(b, 1), -32767);
-  EXPECT_EQ(I16(b, 2), 0);
-  EXPECT_EQ(I16(b, 3), 32767);
-  EXPECT_EQ(I16(b, 4), -32768);
-  EXPECT_EQ(I16(b, 5), 1);
-  EXPECT_EQ(I16(b, 6), -1);
-  auto f = In<LSF16>({0x00, 0x80});
-  EXPECT_EQ(f[0], -32768.0f / 32767.0f);
-}
-
-TEST(SampleFormat, UnsignedEightBitTruncatesAfterTheOffsetWhileSignedRounds) {
-  auto u = Out<LSFU8>({0.0f, 1.0f, -1.0f, 0.004f});
-  EXPECT_EQ(u[0], 128);
-  EXPECT_EQ(u[1], 255);
-  EXPECT_EQ(u[2], 1);
-  EXPECT_EQ(u[3], 128);  // 128.508 truncates
-  auto s = Out<LSFS8>({0.004f, -0.004f, 1.0f});
-  EXPECT_EQ(static_cast<std::int8_t>(s[0]), 1);
-  EXPECT_EQ(static_cast<std::int8_t>(s[1]), -1);
-  EXPECT_EQ(static_cast<std::int8_t>(s[2]), 127);
-  auto be8 = Out<LSFBE8>({0.004f});
-  EXPECT_EQ(be8[0], 0);
-  EXPECT_EQ(In<LSFU8>({128})[0], 0.0f);
-  EXPECT_EQ(In<LSFU8>({255})[0], 1.0f);
-}
-
-TEST(SampleFormat, WideIntegersWrapBeyondFullScale) {
-  auto b = Out<LSF32>({1.5f, 1.0f});
-  std::int32_t v;
-  std::memcpy(&v, b.data(), 4);
-  EXPECT_EQ(v, -1073741825);
-  std::memcpy(&v, b.data() + 4, 4);
-  EXPECT_EQ(v, 2147483647);
-  auto t = Out<LSFLE24>({1.0f, -1.0f, 0.0f});
-  EXPECT_EQ(t[0], 0xFF);
-  EXPECT_EQ(t[1], 0xFF);
-  EXPECT_EQ(t[2], 0x7F);
-  EXPECT_EQ(t[3], 0x00);
-  EXPECT_EQ(t[4], 0x00);
-  EXPECT_EQ(t[5], 0x80);
+TEST(SampleFormat, IntegerWritingRoundsHalfAwayAndClampsOrWrapsAsEachWidthDoes) {
+  // Sixteen bits clamp only at the top.
+  EXPECT_EQ(Ints<std::int16_t>(Out<LSF16>({1.0f, -1.0f, 0.49f / 32767.0f, 2.0f, -2.0f, 0.5f / 32767.0f,
+                                            -0.5f / 32767.0f})),
+            (std::vector<long long>{32767, -32767, 0, 32767, -32768, 1, -1}));
+  EXPECT_EQ(In<LSF16>({0x00, 0x80})[0], -32768.0f / 32767.0f);
+  // Unsigned eight bits truncate after the offset (128.508 gives 128) while signed ones round.
+  EXPECT_EQ(Out<LSFU8>({0.0f, 1.0f, -1.0f, 0.004f}), (Codes{128, 255, 1, 128}));
+  EXPECT_EQ(Ints<std::int8_t>(Out<LSFS8>({0.004f, -0.004f, 1.0f})), (std::vector<long long>{1, -1, 127}));
+  EXPECT_EQ(Out<LSFBE8>({0.004f}), Codes{0});
+  EXPECT_EQ(In<LSFU8>({128, 255}), (std::vector<float>{0.0f, 1.0f}));
+  // Wide integers wrap beyond full scale.
+  EXPECT_EQ(Ints<std::int32_t>(Out<LSF32>({1.5f, 1.0f})), (std::vector<long long>{-1073741825, 2147483647}));
+  const Codes t = Out<LSFLE24>({1.0f, -1.0f, 0.0f});
+  EXPECT_EQ(t, (Codes{0xFF, 0xFF, 0x7F, 0x00, 0x00, 0x80, 0, 0, 0}));
   auto back = In<LSFLE24>(t);
   EXPECT_NEAR(back[0], 1.0f, 1e-6);
   EXPECT_NEAR(back[1], -1.0f, 1e-6);
@@ -117,17 +101,9 @@ TEST(SampleFormat, G711FollowsTheItuTablesInTheWorkingScale) {
   EXPECT_EQ(u[0xFF], 0.0f);
   EXPECT_FLOAT_EQ(u[0x00], -32124 * 16 / 516096.0f);
   // Silence, full scale and values that must not reach an integer cast unchecked.
-  auto s = Out<LSFALAW>({0.0f, 1.0f, -1.0f, std::nanf(""), 1e30f, -1e30f});
-  EXPECT_EQ(s[0], 0xD5);
-  EXPECT_EQ(s[1], 0xAA);
-  EXPECT_EQ(s[2], 0x2A);
-  EXPECT_EQ(s[3], 0xD5);
-  EXPECT_EQ(s[4], 0xAA);
-  auto m = Out<LSFULAW>({0.0f, 1.0f, -1.0f, std::nanf("")});
-  EXPECT_EQ(m[0], 0xFF);
-  EXPECT_EQ(m[1], 0x80);
-  EXPECT_EQ(m[2], 0x00);
-  EXPECT_EQ(m[3], 0xFF);
+  const Codes alaw = Out<LSFALAW>({0.0f, 1.0f, -1.0f, std::nanf(""), 1e30f, -1e30f});
+  EXPECT_EQ(Codes(alaw.begin(), alaw.begin() + 5), (Codes{0xD5, 0xAA, 0x2A, 0xD5, 0xAA}));
+  EXPECT_EQ(Out<LSFULAW>({0.0f, 1.0f, -1.0f, std::nanf("")}), (Codes{0xFF, 0x80, 0x00, 0xFF}));
 }
 
 TEST(SampleFormat, ResultsDoNotDependOnTheGrouping) {
@@ -141,12 +117,11 @@ TEST(SampleFormat, ResultsDoNotDependOnTheGrouping) {
     at += n;
   }
   EXPECT_EQ(whole, pieces);
-  auto wholeIn = In<LSFLE24>(Out<LSFLE24>(x));
   auto bytes = Out<LSFLE24>(x);
   std::vector<float> piecesIn(x.size());
   for (size_t at = 0; at < x.size(); at += 3) {
     size_t n = std::min<size_t>(3, x.size() - at);
     ConvertSamplesIn<LSFLE24>(piecesIn.data() + at, bytes.data() + at * 3, static_cast<long long>(n));
   }
-  EXPECT_EQ(wholeIn, piecesIn);
+  EXPECT_EQ(In<LSFLE24>(bytes), piecesIn);
 }

@@ -1,5 +1,6 @@
 #include "sound_cache_fixture.h"
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -63,6 +64,23 @@ std::vector<float> Staircase(long long frames, int channels) {
 
 LSoundSource MakeStaircase(long long frames, int channels, std::uint32_t rate) {
   return LMakeSource<VectorSource>(Staircase(frames, channels), channels, rate);
+}
+
+std::vector<float> ReadBlocks(LSoundSource& source, long long from, long long frames, long long block) {
+  const int channels = source.GetChannels();
+  std::vector<float> samples(static_cast<std::size_t>(frames * channels), -1.0f);
+  source.Seek(from);
+  for (long long at = 0; at < frames; at += block)
+    source.Read(samples.data() + at * channels, std::min(block, frames - at));
+  return samples;
+}
+
+std::vector<std::uint16_t> OverviewCodes(const std::string& path) {
+  const std::vector<unsigned char> bytes = FileBytes(path);
+  std::vector<std::uint16_t> codes;
+  for (std::size_t at = 0; at + 1 < bytes.size(); at += 2)
+    codes.push_back(static_cast<std::uint16_t>(bytes[at] | bytes[at + 1] << 8));
+  return codes;
 }
 
 std::vector<unsigned char> FileBytes(const std::string& path) {

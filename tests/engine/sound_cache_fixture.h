@@ -48,6 +48,11 @@ private:
 [[nodiscard]] std::vector<float> Staircase(long long frames, int channels);
 [[nodiscard]] LSoundSource MakeStaircase(long long frames, int channels, std::uint32_t rate = 44100);
 
+// Reads frames [from, from + frames) of a source in blocks of the given size.
+[[nodiscard]] std::vector<float> ReadBlocks(LSoundSource& source, long long from, long long frames, long long block);
+
 [[nodiscard]] std::vector<unsigned char> FileBytes(const std::string& path);
+// The 16-bit codes of an overview file, in file order.
+[[nodiscard]] std::vector<std::uint16_t> OverviewCodes(const std::string& path);
 [[nodiscard]] bool Exists(const std::string& path);
 void WriteFile(const std::string& path, const std::string& content);

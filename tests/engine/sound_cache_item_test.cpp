@@ -46,7 +46,20 @@ TEST_F(SoundCacheTest, TooLittleFreeSpaceFailsWithTheMessageAndCreatesNothing) {
   item.Reset();
 }
 
-TEST_F(SoundCacheTest, ACancelledOrFailedAddLeavesNothingBehind) {
+TEST_F(SoundCacheTest, AnAddReadsTheSourceFromItsStartAndACancelledOrFailedOneLeavesNothingBehind) {
+  LSoundSource source = MakeStaircase(50000, 1);
+  source.Seek(20000);
+  LProcessInterfaceQuiet done;
+  LSoundCacheItemHandle added;
+  long long frames = 0;
+  ASSERT_EQ(LSoundCacheItemAdd(done, source, added, frames), kLProcessSuccess);
+  EXPECT_EQ(frames, 50000);
+  EXPECT_EQ(done.Progress(), 1.0);
+  EXPECT_EQ(LSoundCacheItemLengthGet(added.Number()), 50000);
+  EXPECT_EQ(LSoundCache::Instance().RefCountGet(added.Number()), 1);
+  added.Reset();
+  source.Close();
+
   LProcessInterfaceQuiet process;
   process.CancelAfterChecks(3);
   LSoundCacheItemHandle item;
@@ -62,19 +75,6 @@ TEST_F(SoundCacheTest, ACancelledOrFailedAddLeavesNothingBehind) {
             kLProcessFailed);
   EXPECT_FALSE(item.IsItem());
   EXPECT_EQ(FilesIn(cacheFolder_), 0u);
-}
-
-TEST_F(SoundCacheTest, AnAddReportsProgressAndReadsTheSourceFromItsStart) {
-  LSoundSource source = MakeStaircase(50000, 1);
-  source.Seek(20000);
-  LProcessInterfaceQuiet process;
-  LSoundCacheItemHandle item;
-  long long length = 0;
-  ASSERT_EQ(LSoundCacheItemAdd(process, source, item, length), kLProcessSuccess);
-  EXPECT_EQ(length, 50000);
-  EXPECT_EQ(process.Progress(), 1.0);
-  EXPECT_EQ(LSoundCacheItemLengthGet(item.Number()), 50000);
-  EXPECT_EQ(LSoundCache::Instance().RefCountGet(item.Number()), 1);
 }
 
 TEST_F(SoundCacheTest, RecordingTheLastUseKeepsTheRestOfTheDescription) {

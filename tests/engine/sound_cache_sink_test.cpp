@@ -33,11 +33,6 @@ std::vector<float> PeakCorners() {
   return s;
 }
 
-std::uint16_t Code(const std::vector<unsigned char>& grf, long long block, int channel, int which) {
-  std::size_t at = static_cast<std::size_t>((block * 2 + channel) * 4 + which * 2);
-  return static_cast<std::uint16_t>(grf[at] | (grf[at + 1] << 8));
-}
-
 std::vector<float> ReadFloats(const std::string& path) {
   std::vector<unsigned char> bytes = FileBytes(path);
   std::vector<float> floats(bytes.size() / sizeof(float));
@@ -48,14 +43,9 @@ std::vector<float> ReadFloats(const std::string& path) {
 }  // namespace
 
 TEST(SoundCachePeakCode, CodesTinyFullScaleAndOverRangePeaksAsStored) {
-  EXPECT_EQ(LSoundCachePeakCode(0.0f), 0);
-  EXPECT_EQ(LSoundCachePeakCode(-1.0f), 0);
-  EXPECT_EQ(LSoundCachePeakCode(NAN), 0);
-  EXPECT_EQ(LSoundCachePeakCode(1e-6f), 1);
-  EXPECT_EQ(LSoundCachePeakCode(1.0f), 4134);
-  EXPECT_EQ(LSoundCachePeakCode(15.848932f), 65534);
-  EXPECT_EQ(LSoundCachePeakCode(15.9f), 65535);
-  EXPECT_EQ(LSoundCachePeakCode(20.0f), 65535);
+  const std::pair<float, std::uint16_t> codes[] = {{0.0f, 0},    {-1.0f, 0},           {NAN, 0},        {1e-6f, 1},
+                                                   {1.0f, 4134}, {15.848932f, 65534}, {15.9f, 65535}, {20.0f, 65535}};
+  for (auto [peak, code] : codes) EXPECT_EQ(LSoundCachePeakCode(peak), code) << peak;
   EXPECT_EQ(LSoundCacheOverviewBlocks(1000), 4);
   EXPECT_EQ(LSoundCacheOverviewBlocks(256), 1);
   EXPECT_EQ(LSoundCacheOverviewBlocks(0), 0);
@@ -70,29 +60,12 @@ TEST_F(SoundCacheTest, AnItemOfAThousandStereoFramesHasItsAudioOverviewAndDescri
   EXPECT_EQ(LSoundCacheItemLengthGet(item.Number()), kFrames);
 
   EXPECT_EQ(ReadFloats(CachePath(item.Number(), kLSoundCacheExtAudio)), PeakCorners());
-  std::vector<unsigned char> grf = FileBytes(CachePath(item.Number(), kLSoundCacheExtOverview));
-  ASSERT_EQ(grf.size(), 32u);
-  // block 0
-  EXPECT_EQ(Code(grf, 0, 0, 0), 1);
-  EXPECT_EQ(Code(grf, 0, 0, 1), 0);
-  EXPECT_EQ(Code(grf, 0, 1, 0), 0);
-  EXPECT_EQ(Code(grf, 0, 1, 1), 2067);
-  // block 1
-  EXPECT_EQ(Code(grf, 1, 0, 0), 65535);
-  EXPECT_EQ(Code(grf, 1, 0, 1), 0);
-  EXPECT_EQ(Code(grf, 1, 1, 0), 1033);
-  EXPECT_EQ(Code(grf, 1, 1, 1), 65535);
-  // block 2: silence
-  for (int c = 0; c < 2; ++c) {
-    EXPECT_EQ(Code(grf, 2, c, 0), 0);
-    EXPECT_EQ(Code(grf, 2, c, 1), 0);
-  }
-  // block 3, the short one, still has its records
-  EXPECT_EQ(Code(grf, 3, 0, 0), 4134);
-  EXPECT_EQ(Code(grf, 3, 0, 1), 0);
-  EXPECT_EQ(Code(grf, 3, 1, 0), 65534);
-  EXPECT_EQ(Code(grf, 3, 1, 1), 4134);
-
+  // (positive, negative) code of channels 0 and 1 in each block.
+  EXPECT_EQ(OverviewCodes(CachePath(item.Number(), kLSoundCacheExtOverview)),
+            (std::vector<std::uint16_t>{1, 0, 0, 2067,          // a tiny peak; all negative
+                                        65535, 0, 1033, 65535,  // over range
+                                        0, 0, 0, 0,             // silence
+                                        4134, 0, 65534, 4134}));  // the short last block has its records
   int rate = 0;
   unsigned char channels = 0;
   EXPECT_TRUE(LSoundCacheItemAudioInfoGet(CachePath(item.Number(), kLSoundCacheExtInfo).c_str(), rate, channels));

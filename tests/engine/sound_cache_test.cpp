@@ -131,16 +131,14 @@ TEST_F(SoundCacheTest, ACopyOfAnUntouchedOriginalIsKeptAndFoundAgainUntilTheOrig
   LSoundCacheItemHandle item = AddItem(MakeStaircase(500, 2));
   const unsigned short n = item.Number();
   ASSERT_TRUE(LSoundCacheItemOriginalFileDetailsSet(n, original.c_str()));
-  EXPECT_TRUE(LSoundCacheItemOriginalFileDetailsMatch(n, original.c_str(), details.modTime, details.size,
-                                                      details.attributes));
-  EXPECT_FALSE(LSoundCacheItemOriginalFileDetailsMatch(n, original.c_str(), details.modTime + 1, details.size,
-                                                       details.attributes));
-  EXPECT_FALSE(LSoundCacheItemOriginalFileDetailsMatch(n, original.c_str(), details.modTime, details.size + 1,
-                                                       details.attributes));
-  EXPECT_FALSE(LSoundCacheItemOriginalFileDetailsMatch(n, original.c_str(), details.modTime, details.size,
-                                                       details.attributes ^ 1));
-  EXPECT_FALSE(LSoundCacheItemOriginalFileDetailsMatch(n, temp_.File("other.wav").c_str(), details.modTime,
-                                                       details.size, details.attributes));
+  auto matches = [&](const std::string& path, long modTime, std::uint64_t size, std::uint32_t attributes) {
+    return LSoundCacheItemOriginalFileDetailsMatch(n, path.c_str(), modTime, size, attributes);
+  };
+  EXPECT_TRUE(matches(original, details.modTime, details.size, details.attributes));
+  EXPECT_FALSE(matches(original, details.modTime + 1, details.size, details.attributes));
+  EXPECT_FALSE(matches(original, details.modTime, details.size + 1, details.attributes));
+  EXPECT_FALSE(matches(original, details.modTime, details.size, details.attributes ^ 1));
+  EXPECT_FALSE(matches(temp_.File("other.wav"), details.modTime, details.size, details.attributes));
 
   std::string aud = CachePath(n, kLSoundCacheExtAudio);
   AddSideFiles(aud);
@@ -205,11 +203,9 @@ TEST_F(SoundCacheTest, AllocationTakesTheLowestNumberNeitherCountedNorOnDisk) {
   EXPECT_EQ(b, 4);
 
   cache.DeleteCachedFiles();
-  EXPECT_FALSE(Exists(folder + "/123abc.aud"));
-  EXPECT_FALSE(Exists(folder + "/0.aud"));
-  EXPECT_FALSE(Exists(folder + "/2.grf"));
-  EXPECT_TRUE(Exists(folder + "/70000.aud")) << "numbers past the range count as no item and stay";
-  EXPECT_TRUE(Exists(folder + "/notanumber.aud"));
+  for (const char* name : {"123abc.aud", "0.aud", "2.grf"}) EXPECT_FALSE(Exists(folder + "/" + name)) << name;
+  // Numbers past the range count as no item and stay.
+  for (const char* name : {"70000.aud", "notanumber.aud"}) EXPECT_TRUE(Exists(folder + "/" + name)) << name;
   EXPECT_FALSE(cache.IsInUse(0));
   EXPECT_EQ(cache.ItemNumberGetNextAvailable(), 0);
   cache.DecRef(a);

@@ -4,22 +4,9 @@
 
 #include <vector>
 
+#include "sound_cache_fixture.h"
+
 namespace {
-
-class CountingSource final : public LSoundSourceBase {
-public:
-  explicit CountingSource(long long end) : LSoundSourceBase(8000, 2), end_(end) {}
-  void Read(float* buffer, long long frames) override {
-    for (long long i = 0; i < frames; ++i, ++pos_) buffer[2 * i] = buffer[2 * i + 1] = static_cast<float>(pos_);
-  }
-  long long GetPositionSample() const override { return pos_; }
-  long long GetEndSample() const override { return end_; }
-  void Seek(long long frame) override { pos_ = frame; }
-
-private:
-  long long end_;
-  long long pos_ = 0;
-};
 
 class CollectingSink final : public LSoundSinkBase {
 public:
@@ -37,28 +24,25 @@ private:
 
 }  // namespace
 
-TEST(SourceToSink, PumpsEveryFrameInOrderAndReportsFullProgress) {
+TEST(SourceToSink, PumpsEveryFrameInOrderStopsBetweenBlocksWhenCancelledAndFailsOnASinkError) {
   std::vector<float> out;
-  LPRSourceToSink job("Kopieren", LMakeSource<CountingSource>(20000), LMakeSink<CollectingSink>(&out, -1));
+  LPRSourceToSink job("Kopieren", MakeStaircase(20000, 2, 8000), LMakeSink<CollectingSink>(&out, -1));
   LProcessInterfaceQuiet process;
   EXPECT_EQ(Process(process, job), kLProcessSuccess);
-  ASSERT_EQ(out.size(), 40000u);
-  for (long long f = 0; f < 20000; ++f) ASSERT_EQ(out[2 * f + 1], static_cast<float>(f));
+  EXPECT_EQ(out, Staircase(20000, 2));
   EXPECT_EQ(process.Progress(), 1.0);
   EXPECT_EQ(process.Status(0), "Kopieren");
   EXPECT_EQ(job.FramesDone(), 20000);
-}
 
-TEST(SourceToSink, CancelStopsBetweenBlocksAndASinkErrorFails) {
-  std::vector<float> out;
-  LPRSourceToSink job("x", LMakeSource<CountingSource>(100000), LMakeSink<CollectingSink>(&out, -1));
-  LProcessInterfaceQuiet process;
-  process.CancelAfterChecks(2);
-  EXPECT_EQ(Process(process, job), kLProcessCancelled);
-  EXPECT_EQ(out.size(), 2u * 2 * kLPumpBlockFrames);
+  std::vector<float> cut;
+  LPRSourceToSink cancelled("x", MakeStaircase(100000, 2, 8000), LMakeSink<CollectingSink>(&cut, -1));
+  LProcessInterfaceQuiet cancelling;
+  cancelling.CancelAfterChecks(2);
+  EXPECT_EQ(Process(cancelling, cancelled), kLProcessCancelled);
+  EXPECT_EQ(cut.size(), 2u * 2 * kLPumpBlockFrames);
 
-  std::vector<float> out2;
-  LPRSourceToSink failing("x", LMakeSource<CountingSource>(100000), LMakeSink<CollectingSink>(&out2, 10000), true);
+  std::vector<float> some;
+  LPRSourceToSink failing("x", MakeStaircase(100000, 2, 8000), LMakeSink<CollectingSink>(&some, 10000), true);
   LProcessInterfaceQuiet p2;
   EXPECT_EQ(Process(p2, failing), kLProcessFailed);
   EXPECT_TRUE(failing.Sink().HasError());  // closed: an error sink is left
