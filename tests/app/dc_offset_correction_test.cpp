@@ -21,11 +21,8 @@ TEST_F(DCOffsetCorrectionTest, EachChannelIsCentredOnZero) {
   }
   LCutListAudio list = DocListOf(samples, 2, kRate);
   const LCutListAudio kept = list;  // holds the item, as an undo snapshot would
-  SVSelection selection{0, kFrames, 0, 0, 0};
-  SVDCOffsetCorrection correction(list, selection);
-  EXPECT_STREQ(correction.GetEffectName(), "Korrektur des Gleichspannungsversatzes");
-  LProcessInterfaceQuiet process;
-  ASSERT_EQ(correction.ProcessAndInsertCutList(process), 0);
+  const SVSelection selection{0, kFrames, 0, 0, 0};
+  Apply<SVDCOffsetCorrection>(list, selection, "Korrektur des Gleichspannungsversatzes");
   EXPECT_EQ(CacheAudioFiles(), 2);
   const std::vector<float> after = DocReadAll(list);
   ASSERT_EQ(after.size(), samples.size());
@@ -36,8 +33,7 @@ TEST_F(DCOffsetCorrectionTest, EachChannelIsCentredOnZero) {
 
   // Centred audio is left as it is.
   const auto shape = ShapeOf(list);
-  SVDCOffsetCorrection again(list, selection);
-  ASSERT_EQ(again.ProcessAndInsertCutList(process), 0);
+  Apply<SVDCOffsetCorrection>(list, selection, nullptr);
   EXPECT_EQ(ShapeOf(list), shape);
   EXPECT_EQ(CacheAudioFiles(), 2);
 }

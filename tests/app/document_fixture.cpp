@@ -14,21 +14,6 @@
 #include "engine/source_to_sink.h"
 #include "formats/wave_file.h"
 
-void RecordingFrontEnd::Notify(SVFileGUI*, int code) { notifications.push_back(code); }
-
-void RecordingFrontEnd::Refresh(SVFileGUI*) { ++refreshes; }
-
-int RecordingFrontEnd::Ask(const char* title, const char* text, const LArray<LStringLong>& buttons) {
-  questions.push_back({title, text, std::vector<std::string>(buttons.begin(), buttons.end())});
-  return answer;
-}
-
-void RecordingFrontEnd::Alert(const char* title, const char* text) { alerts.emplace_back(title, text); }
-
-void RecordingFrontEnd::WindowMessage(SVFileGUI*, const char* text) { windowMessages.emplace_back(text); }
-
-void RecordingFrontEnd::StartPlayback(SVFileGUI*) { ++playbacks; }
-
 LProcessResult RecordingFrontEnd::RunProcess(const char* title, const SVProcessJob& job) {
   processTitles.emplace_back(title);
   LProcessInterfaceQuiet process;

@@ -21,12 +21,15 @@
 // be cancelled after a number of checks.
 class RecordingFrontEnd final : public SVFrontEnd {
 public:
-  void Notify(SVFileGUI* window, int code) override;
-  void Refresh(SVFileGUI* window) override;
-  int Ask(const char* title, const char* text, const LArray<LStringLong>& buttons) override;
-  void Alert(const char* title, const char* text) override;
-  void WindowMessage(SVFileGUI* window, const char* text) override;
-  void StartPlayback(SVFileGUI* window) override;
+  void Notify(SVFileGUI*, int code) override { notifications.push_back(code); }
+  void Refresh(SVFileGUI*) override { ++refreshes; }
+  int Ask(const char* title, const char* text, const LArray<LStringLong>& buttons) override {
+    questions.push_back({title, text, std::vector<std::string>(buttons.begin(), buttons.end())});
+    return answer;
+  }
+  void Alert(const char* title, const char* text) override { alerts.emplace_back(title, text); }
+  void WindowMessage(SVFileGUI*, const char* text) override { windowMessages.emplace_back(text); }
+  void StartPlayback(SVFileGUI*) override { ++playbacks; }
   LProcessResult RunProcess(const char* title, const SVProcessJob& job) override;
   void UndoMenuShow(const SVUndoMenuState& state) override { menu = state; }
 

@@ -33,6 +33,15 @@ std::vector<SegmentShape> ShapeOf(const LCutListAudio& list) {
   return shape;
 }
 
+DocumentState StateOf(const SVFile& file) {
+  std::vector<long long> bookmarks;
+  for (const LSVBookmark& b : file.Bookmarks()) bookmarks.push_back(b.position);
+  const LCutListAudio& list = file.CutList();
+  return {ShapeOf(list),         DocReadAll(list),      list.GetSampleRate(), list.GetChannels(),
+          file.Selection().start, file.Selection().end, file.Cursor(),        bookmarks,
+          file.IsModified(),      file.IsChanged()};
+}
+
 std::vector<float> Tones(const std::vector<Tone>& tones, long long frames, double rate) {
   std::vector<float> out(static_cast<std::size_t>(frames));
   for (long long f = 0; f < frames; ++f) {
@@ -53,14 +62,4 @@ double ToneAmplitude(const std::vector<float>& mono, long long from, long long c
 
 std::vector<float> Frames(const std::vector<float>& samples, int channels, long long from, long long to) {
   return std::vector<float>(samples.begin() + from * channels, samples.begin() + to * channels);
-}
-
-void CancelDuringJob::SetStatus(const char* text, int line) {
-  LProcessInterfaceQuiet::SetStatus(text, line);
-  if (line == 0 && text && title_ == text) reached_ = true;
-}
-
-bool CancelDuringJob::IsCancelled() {
-  if (reached_ && checks_-- <= 0) Cancel();
-  return LProcessInterfaceQuiet::IsCancelled();
 }

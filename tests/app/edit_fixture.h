@@ -1,14 +1,14 @@
 #pragma once
 // What the edit-operation tests share: documents in windows, signals built in
 // code (sines, a staircase over several cache items), the shape of a cut list to
-// compare segment by segment, a tone's level, and progress interfaces that stop
-// a job at a chosen point.
+// compare segment by segment, a document's state, and a tone's level.
 #include <functional>
-#include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "app/ef_cut_list_process.h"
+#include "app/file.h"
 #include "app/file_gui.h"
 #include "document_fixture.h"
 
@@ -20,11 +20,29 @@ protected:
   // so ranges cross segment (and item) boundaries.
   [[nodiscard]] static LCutListAudio PiecewiseStaircase(long long frames, int channels, int pieces,
                                                         std::uint32_t rate = 44100);
+  // Runs the effect over list and selection, expecting its label (unless null)
+  // and success; answers the selection as the effect left it.
+  template <class Effect, class... Args>
+  static SVSelection Apply(LCutListAudio& list, SVSelection selection, const char* label, Args&&... args) {
+    Effect effect(list, selection, std::forward<Args>(args)...);
+    if (label) {
+      EXPECT_STREQ(effect.GetEffectName(), label);
+    }
+    LProcessInterfaceQuiet process;
+    EXPECT_EQ(effect.ProcessAndInsertCutList(process), 0) << process.Error();
+    return selection;
+  }
 };
 
 // Segment by segment: item number, length, gain, offset.
 using SegmentShape = std::tuple<unsigned short, long long, float, long long>;
 [[nodiscard]] std::vector<SegmentShape> ShapeOf(const LCutListAudio& list);
+
+// What an undo or a roll-back must bring back exactly: shape, samples, rate,
+// channels, selection start and end, cursor, bookmark positions, modified, changed.
+using DocumentState = std::tuple<std::vector<SegmentShape>, std::vector<float>, std::uint32_t, int, long long,
+                                 long long, long long, std::vector<long long>, bool, bool>;
+[[nodiscard]] DocumentState StateOf(const SVFile& file);
 
 struct Tone {
   double hz;
@@ -38,20 +56,6 @@ struct Tone {
                                    double rate);
 // Frames [from, to) of interleaved samples.
 [[nodiscard]] std::vector<float> Frames(const std::vector<float>& samples, int channels, long long from, long long to);
-
-// Cancels as soon as a job with this title starts, or after `checks` further checks.
-class CancelDuringJob : public LProcessInterfaceQuiet {
-public:
-  explicit CancelDuringJob(std::string title, long checks = 0) : title_(std::move(title)), checks_(checks) {}
-  void SetStatus(const char* text, int line) override;
-  bool IsCancelled() override;
-  [[nodiscard]] bool Reached() const { return reached_; }
-
-private:
-  std::string title_;
-  long checks_;
-  bool reached_ = false;
-};
 
 // A cut-list process that runs a function on the piece.
 class LambdaProcess final : public SVEfCutListProcess {

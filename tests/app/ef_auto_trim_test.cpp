@@ -21,36 +21,22 @@ std::vector<float> Runs(const std::vector<std::pair<long long, bool>>& runs) {
 TEST_F(EfAutoTrimTest, AutoTrimRemovesTheSilenceAtBothEndsOnly) {
   LCutListAudio list =
       DocListOf(Runs({{1000, false}, {2000, true}, {5000, false}, {1000, true}, {800, false}}), 1, kRate);
-  SVSelection selection{0, list.GetLength(), 0, 0, 0};
-  SVEfAutoTrim trim(list, selection, true);
-  EXPECT_STREQ(trim.GetEffectName(), "AutoTrimmen");
-  LProcessInterfaceQuiet process;
-  ASSERT_EQ(trim.ProcessAndInsertCutList(process), 0);
+  EXPECT_EQ(Apply<SVEfAutoTrim>(list, {0, list.GetLength(), 0, 0, 0}, "AutoTrimmen", true).end, 8000);
   EXPECT_EQ(DocReadAll(list), Runs({{2000, true}, {5000, false}, {1000, true}}));
-  EXPECT_EQ(selection.end, 8000);
   EXPECT_EQ(CacheAudioFiles(), 1);
+
+  // A selection of silence alone is trimmed away.
+  list = DocListOf(Runs({{1000, true}, {3000, false}, {1000, true}}), 1, kRate);
+  EXPECT_EQ(Apply<SVEfAutoTrim>(list, {1000, 4000, 0, 0, 0}, nullptr, true).end, 1000);
+  EXPECT_EQ(DocReadAll(list), Runs({{2000, true}}));
 }
 
 TEST_F(EfAutoTrimTest, TrimmingSilenceRemovesEveryLongEnoughRun) {
   LCutListAudio list =
       DocListOf(Runs({{5000, false}, {2000, true}, {3999, false}, {1000, true}, {4500, false}, {700, true}}), 1, kRate);
-  SVSelection selection{0, list.GetLength(), 0, 0, 0};
-  SVEfAutoTrim trim(list, selection, false);
-  EXPECT_STREQ(trim.GetEffectName(), "Stille trimmen");
-  LProcessInterfaceQuiet process;
-  ASSERT_EQ(trim.ProcessAndInsertCutList(process), 0);
+  Apply<SVEfAutoTrim>(list, {0, list.GetLength(), 0, 0, 0}, "Stille trimmen", false);
   EXPECT_EQ(DocReadAll(list), Runs({{2000, true}, {3999, false}, {1000, true}, {700, true}}));
   EXPECT_EQ(CacheAudioFiles(), 1);
-}
-
-TEST_F(EfAutoTrimTest, APieceOfSilenceAloneIsTrimmedAway) {
-  LCutListAudio list = DocListOf(Runs({{1000, true}, {3000, false}, {1000, true}}), 1, kRate);
-  SVSelection selection{1000, 4000, 0, 0, 0};
-  SVEfAutoTrim trim(list, selection, true);
-  LProcessInterfaceQuiet process;
-  ASSERT_EQ(trim.ProcessAndInsertCutList(process), 0);
-  EXPECT_EQ(DocReadAll(list), Runs({{2000, true}}));
-  EXPECT_EQ(selection.end, 1000);
 }
 
 }  // namespace

@@ -12,11 +12,7 @@ TEST_F(EfDeleteTest, TheSelectionGoesWithoutNewAudio) {
   LCutListAudio list = PiecewiseStaircase(6000, 2, 3);
   const LCutListAudio kept = list;  // holds the items, as an undo snapshot would
   const std::vector<float> before = DocReadAll(list);
-  SVSelection selection{1500, 4500, 0, 0, 0};
-  SVEfDelete erase(list, selection);
-  EXPECT_STREQ(erase.GetEffectName(), "Audio löschen");
-  LProcessInterfaceQuiet process;
-  ASSERT_EQ(erase.ProcessAndInsertCutList(process), 0);
+  const SVSelection selection = Apply<SVEfDelete>(list, {1500, 4500, 0, 0, 0}, "Audio löschen");
   EXPECT_EQ(CacheAudioFiles(), 3);
   EXPECT_EQ(selection.start, 1500);
   EXPECT_EQ(selection.end, 1500);
@@ -30,11 +26,7 @@ TEST_F(EfDeleteTest, DeletingABandKeepsTheRestOfTheSelectedTime) {
   constexpr std::uint32_t kRate = 8000;
   const std::vector<float> signal = Tones({{400, 0.25}, {1500, 0.25}}, 8 * kRate, kRate);
   LCutListAudio list = DocListOf(signal, 1, kRate);
-  SVSelection selection{kRate, 7 * kRate, 1000, 2000, 1};
-  SVEfDelete erase(list, selection);
-  LProcessInterfaceQuiet process;
-  ASSERT_EQ(erase.ProcessAndInsertCutList(process), 0);
-  EXPECT_EQ(selection.end, 7 * kRate);
+  EXPECT_EQ(Apply<SVEfDelete>(list, {kRate, 7 * kRate, 1000, 2000, 1}, nullptr).end, 7 * kRate);
   ASSERT_EQ(list.GetLength(), 8 * kRate);
   const std::vector<float> after = DocReadAll(list);
   EXPECT_NEAR(ToneAmplitude(after, 3 * kRate, 2 * kRate, 1500, kRate), 0.0, 0.25 * 0.002);

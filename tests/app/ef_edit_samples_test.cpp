@@ -16,12 +16,7 @@ TEST_F(EfEditSamplesTest, TheDrawnFramesReplaceTheSelection) {
     drawn.push_back(-0.01f * i);
     drawn.push_back(0.02f * i);
   }
-  SVSelection selection{300, 400, 0, 0, 0};
-  SVEfEditSamples edit(list, selection, drawn);
-  EXPECT_STREQ(edit.GetEffectName(), "Samples bearbeiten");
-  LProcessInterfaceQuiet process;
-  ASSERT_EQ(edit.ProcessAndInsertCutList(process), 0);
-  EXPECT_EQ(selection.end, 350);
+  EXPECT_EQ(Apply<SVEfEditSamples>(list, {300, 400, 0, 0, 0}, "Samples bearbeiten", drawn).end, 350);
   std::vector<float> expected = Frames(before, 2, 0, 300);
   expected.insert(expected.end(), drawn.begin(), drawn.end());
   const std::vector<float> tail = Frames(before, 2, 400, 1000);

@@ -33,11 +33,8 @@ TEST_F(EfEnvelopeTest, FadesAreLinearRampsOverTheWholeSelection) {
   for (bool fadeIn : {true, false}) {
     LCutListAudio list = DocListOf(std::vector<float>(kFrames * 2, 0.5f), 2);
     const std::vector<float> before = DocReadAll(list);
-    SVSelection selection{kStart, kEnd, 0, 0, 0};
-    SVEfEnvelope fade(list, selection, fadeIn ? SVEfEnvelope::FadeIn() : SVEfEnvelope::FadeOut());
-    EXPECT_STREQ(fade.GetEffectName(), "Hüllkurve");
-    LProcessInterfaceQuiet process;
-    ASSERT_EQ(fade.ProcessAndInsertCutList(process), 0);
+    Apply<SVEfEnvelope>(list, {kStart, kEnd, 0, 0, 0}, "Hüllkurve",
+                        fadeIn ? SVEfEnvelope::FadeIn() : SVEfEnvelope::FadeOut());
     const std::vector<float> after = DocReadAll(list);
     ExpectNear(after, Enveloped(before, 2,
                                 fadeIn ? +[](long long f) { return static_cast<float>(f / 5000.0); }

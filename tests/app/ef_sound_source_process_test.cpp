@@ -1,5 +1,6 @@
 // Source effects: the selection rendered through the effect's source into one
-// new cache item; labels; failures and cancellation leave the document alone.
+// new cache item; labels; the echo and the equaliser given their settings;
+// failures and cancellation leave the document alone.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -7,18 +8,14 @@
 #include <memory>
 
 #include "app/dc_offset_correction.h"
-#include "app/ef_channel_invert.h"
-#include "app/ef_channel_swap.h"
 #include "app/ef_echo.h"
 #include "app/ef_effect_chain.h"
 #include "app/ef_envelope.h"
 #include "app/ef_equaliser.h"
 #include "app/ef_gain.h"
-#include "app/ef_join_channels.h"
 #include "app/ef_normalize.h"
 #include "app/ef_reverse.h"
 #include "app/ef_sound_source_process.h"
-#include "app/ef_stereo_pan.h"
 #include "edit_fixture.h"
 #include "engine/channel_map_source.h"
 #include "engine/sound_cache.h"
@@ -55,13 +52,10 @@ TEST_F(EfSoundSourceProcessTest, TheDefaultSourcePassesTheSelectionThroughIntoAN
   EXPECT_EQ(std::get<1>(ShapeOf(list)[1]), 14000);
 }
 
-TEST_F(EfSoundSourceProcessTest, AGainRewritesTheSelectionOnly) {
+TEST_F(EfSoundSourceProcessTest, GainsAndChainsCarryTheirLabelsAndRewriteTheSelectionOnly) {
   LCutListAudio list = StaircaseList(10000, 1);
   SVSelection selection{2000, 6000, 0, 0, 0};
-  SVEfGain gain(list, selection, -20.0 * std::log10(2.0), "Leiser");
-  EXPECT_STREQ(gain.GetEffectName(), "Leiser");
-  LProcessInterfaceQuiet process;
-  ASSERT_EQ(gain.ProcessAndInsertCutList(process), 0);
+  Apply<SVEfGain>(list, selection, "Leiser", -20.0 * std::log10(2.0), "Leiser");
   const std::vector<float> after = DocReadAll(list);
   for (long long f = 0; f < 10000; ++f) {
     const float value = DocStaircaseValue(f, 0);
@@ -70,24 +64,15 @@ TEST_F(EfSoundSourceProcessTest, AGainRewritesTheSelectionOnly) {
     else
       ASSERT_EQ(after[static_cast<std::size_t>(f)], value) << f;
   }
-  SVEfGain unnamed(list, selection, 1.0);
-  EXPECT_STREQ(unnamed.GetEffectName(), "Verstärkung");
-}
+  EXPECT_STREQ(SVEfGain(list, selection, 1.0).GetEffectName(), "Verstärkung");
 
-TEST_F(EfSoundSourceProcessTest, AChainIsNamedAfterItselfAndAppliesItsEffects) {
   LSoundProcessMulti chain;
   chain.Append(std::make_unique<LSPGain>(-20.0 * std::log10(2.0)));
   chain.Append(std::make_unique<LSPGain>(-20.0 * std::log10(2.0)));
-  LCutListAudio list = StaircaseList(4000, 1);
-  SVSelection selection{0, 4000, 0, 0, 0};
   EXPECT_STREQ(SVEfEffectChain(list, selection, chain).GetEffectName(), "Effektkette");
   EXPECT_STREQ(SVEfEffectChain(list, selection, chain, "").GetEffectName(), "Effektkette");
-  SVEfEffectChain named(list, selection, chain, "Meine Kette");
-  EXPECT_STREQ(named.GetEffectName(), "Meine Kette");
-  LProcessInterfaceQuiet process;
-  ASSERT_EQ(named.ProcessAndInsertCutList(process), 0);
-  const std::vector<float> after = DocReadAll(list);
-  EXPECT_NEAR(after[3999], 3999.0f / 4, 3999.0f * 1e-6f);
+  Apply<SVEfEffectChain>(list, {0, 10000, 0, 0, 0}, "Meine Kette", chain, "Meine Kette");
+  EXPECT_NEAR(DocReadAll(list)[9999], 9999.0f / 4, 9999.0f * 1e-6f);
 }
 
 TEST_F(EfSoundSourceProcessTest, ASourceOfAnotherChannelCountFailsWithTheDocumentUntouched) {
@@ -123,6 +108,7 @@ TEST_F(EfSoundSourceProcessTest, CancellingAtAnyPointLeavesTheDocumentAndTheCach
   EXPECT_GT(checks, 8) << "the measuring pass and the render both ask between blocks";
 }
 
+// The channel effects are counted with their samples elsewhere.
 TEST_F(EfSoundSourceProcessTest, EveryEffectAddsExactlyOneCacheItem) {
   using Make = std::function<std::unique_ptr<SVEfCutListProcess>(LCutListAudio&, SVSelection&)>;
   LSoundProcessMulti chain;
@@ -138,11 +124,7 @@ TEST_F(EfSoundSourceProcessTest, EveryEffectAddsExactlyOneCacheItem) {
       [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfEffectChain>(l, s, chain); },
       [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfNormalize>(l, s); },
       [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfEqualiser>(l, s, curve); },
-      [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfChannelInvert>(l, s); },
-      [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfChannelSwap>(l, s); },
-      [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfJoinChannels>(l, s); },
       [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfEnvelope>(l, s, SVEfEnvelope::FadeIn()); },
-      [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfStereoPan>(l, s, 0.5); },
       [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVEfReverse>(l, s); },
       [&](LCutListAudio& l, SVSelection& s) { return std::make_unique<SVDCOffsetCorrection>(l, s); },
   };
@@ -159,6 +141,41 @@ TEST_F(EfSoundSourceProcessTest, EveryEffectAddsExactlyOneCacheItem) {
     EXPECT_EQ(list.GetLength(), 30000) << effect->GetEffectName();
     EXPECT_EQ(selection.end, 25000) << effect->GetEffectName();
   }
+}
+
+TEST_F(EfSoundSourceProcessTest, AnImpulseInTheSelectionComesBackAfterTheEchosDelay) {
+  constexpr std::uint32_t kRate = 8000;
+  std::vector<float> samples(3 * kRate, 0.0f);
+  samples[kRate + 10] = 1.0f;
+  LCutListAudio list = DocListOf(samples, 1, kRate);
+  LSPEcho settings;
+  settings.SetGain(50);
+  settings.SetTime(100);
+  SVSelection selection{kRate, 2 * kRate, 0, 0, 0};
+  SVEfEcho echo(list, selection, settings);
+  EXPECT_STREQ(echo.GetEffectName(), "Echo");
+  settings.SetGain(90);  // the object keeps its own copy
+  LProcessInterfaceQuiet process;
+  ASSERT_EQ(echo.ProcessAndInsertCutList(process), 0);
+  const std::vector<float> after = DocReadAll(list);
+  EXPECT_EQ(after[kRate + 10], 1.0f);
+  EXPECT_EQ(after[kRate + 10 + 800], 0.5f);
+  EXPECT_EQ(after[kRate + 10 + 1600], 0.25f);
+  EXPECT_EQ(after[kRate + 10 + 799], 0.0f);
+}
+
+TEST_F(EfSoundSourceProcessTest, TheEqualisersCurveShapesTheSelectionOnlyAtTheAudiosOwnRate) {
+  constexpr std::uint32_t kRate = 8000;
+  const std::vector<float> signal = Tones({{300, 0.3}, {2500, 0.3}}, 8 * kRate, kRate);
+  LCutListAudio list = DocListOf(signal, 1, kRate);
+  LPointList curve;
+  curve.Add(1000, 0.0);
+  curve.Add(1500, -60.0);
+  Apply<SVEfEqualiser>(list, {kRate, 7 * kRate, 0, 0, 0}, "Entzerren", curve);
+  const std::vector<float> after = DocReadAll(list);
+  EXPECT_NEAR(ToneAmplitude(after, 3 * kRate, 2 * kRate, 300, kRate), 0.3, 0.3 * 1e-3);
+  EXPECT_NEAR(ToneAmplitude(after, 3 * kRate, 2 * kRate, 2500, kRate), 0.0, 0.3 * 2e-3);
+  EXPECT_EQ(Frames(after, 1, 0, kRate), Frames(signal, 1, 0, kRate));
 }
 
 }  // namespace

@@ -7,48 +7,11 @@
 #include "app/file_modifier.h"
 #include "base/disk_space.h"
 #include "base/user_settings.h"
-#include "document_fixture.h"
+#include "edit_fixture.h"
 
 namespace {
 
-// What must come back exactly after a roll-back.
-struct Snapshot {
-  std::vector<float> samples;
-  long long segments;
-  SVSelection selection;
-  long long cursor;
-  std::vector<long long> bookmarks;
-  bool modified;
-  bool changed;
-  SVUndoMenuState menu;
-};
-
-class FileModifierTest : public DocumentTest {
-protected:
-  SVFileGUI* NewDocument(long long frames, int channels) {
-    SVFileGUI* window =
-        Dialog().FileNewFromCutList(StaircaseList(frames, channels), "Neu", MainDialog::kInitialNewFile);
-    EXPECT_NE(window, nullptr);
-    return window;
-  }
-  Snapshot Take(SVFileGUI* window) {
-    const SVFile& file = *window->File();
-    Snapshot s{DocReadAll(file.CutList()), file.CutList().SegmentCount(), file.Selection(), file.Cursor(), {},
-               file.IsModified(), file.IsChanged(), SVUndoMenuStateGet(&file)};
-    for (const LSVBookmark& b : file.Bookmarks()) s.bookmarks.push_back(b.position);
-    return s;
-  }
-  static void ExpectSame(const Snapshot& a, const Snapshot& b) {
-    EXPECT_EQ(a.samples, b.samples);
-    EXPECT_EQ(a.segments, b.segments);
-    EXPECT_EQ(a.selection.start, b.selection.start);
-    EXPECT_EQ(a.selection.end, b.selection.end);
-    EXPECT_EQ(a.cursor, b.cursor);
-    EXPECT_EQ(a.bookmarks, b.bookmarks);
-    EXPECT_EQ(a.modified, b.modified);
-    EXPECT_EQ(a.changed, b.changed);
-  }
-};
+using FileModifierTest = EditTest;
 
 // An edit that changes several things and then gives up.
 void EditThatFailsHalfWay(SVFileGUI* window) {
@@ -63,8 +26,8 @@ void EditThatFailsHalfWay(SVFileGUI* window) {
   // The effect fails here; leaving the scope rolls back.
 }
 
-TEST_F(FileModifierTest, AnEditThatFailsHalfWayLeavesTheDocumentAsBefore) {
-  SVFileGUI* window = NewDocument(2000, 2);
+TEST_F(FileModifierTest, AFailedOrCancelledEditLeavesTheDocumentAndItsMenuAsBefore) {
+  SVFileGUI* window = NewDocument(StaircaseList(2000, 2));
   SVFile& file = *window->File();
   LFileModifier first(window);
   ASSERT_TRUE(first.Start("Lesezeichen"));
@@ -74,39 +37,33 @@ TEST_F(FileModifierTest, AnEditThatFailsHalfWayLeavesTheDocumentAsBefore) {
   ASSERT_TRUE(first.Commit());
   file.Selection() = SVSelection{200, 800, 0, 0, 0};
   file.CursorSet(600);
-  const Snapshot before = Take(window);
+  const DocumentState before = StateOf(file);
 
   EditThatFailsHalfWay(window);
-  ExpectSame(Take(window), before);
+  EXPECT_EQ(StateOf(file), before);
   EXPECT_FALSE(Dialog().UpdateUndoMenuItem().redo.enabled) << "the rolled-back edit cannot be redone";
   EXPECT_EQ(frontEnd_.notifications.back(), kSVNotifyModified);
-}
 
-TEST_F(FileModifierTest, ACancelledEditLeavesTheDocumentAndItsMenuUntouched) {
-  SVFileGUI* window = NewDocument(1000, 1);
-  SVFile& file = *window->File();
-  {
-    LFileModifier modifier(window);
-    ASSERT_TRUE(modifier.Start("Löschen"));
-    file.CutList().EfDelete(0, 10);
-    ASSERT_TRUE(modifier.Commit());
-  }
-  const Snapshot before = Take(window);
+  LFileModifier committed(window);
+  ASSERT_TRUE(committed.Start("Löschen"));
+  file.CutList().EfDelete(0, 10);
+  ASSERT_TRUE(committed.Commit());
+  const DocumentState edited = StateOf(file);
+  const SVUndoMenuState menu = SVUndoMenuStateGet(&file);
   ASSERT_TRUE(SVCoreUtils::StartModifyFile(window, "Normalisieren"));
   SVCoreUtils::CancelModifyFile(window);
-  const Snapshot after = Take(window);
-  ExpectSame(after, before);
-  EXPECT_EQ(after.menu, before.menu);
+  EXPECT_EQ(StateOf(file), edited);
+  EXPECT_EQ(SVUndoMenuStateGet(&file), menu);
   ASSERT_TRUE(SVCoreUtils::CmUndo(window));
-  EXPECT_EQ(file.CutList().GetLength(), 1000);
+  EXPECT_EQ(file.CutList().GetLength(), 2000);
 }
 
-TEST_F(FileModifierTest, ACommitRefreshesAndPlaysWhenTheSettingAsks) {
-  SVFileGUI* window = NewDocument(1000, 1);
+TEST_F(FileModifierTest, ACommitRefreshesPlaysWhenTheSettingAsksAndWarnsOfAShortDisk) {
+  SVFileGUI* window = NewDocument(StaircaseList(1000, 1));
   auto commitOne = [&] {
     LFileModifier modifier(window);
     ASSERT_TRUE(modifier.Start("Löschen"));
-    window->File()->CutList().EfDelete(0, 1);
+    window->File()->CutList().EfDelete(0, 10);
     EXPECT_TRUE(modifier.Commit());
   };
   const int refreshes = frontEnd_.refreshes;
@@ -120,29 +77,21 @@ TEST_F(FileModifierTest, ACommitRefreshesAndPlaysWhenTheSettingAsks) {
   commitOne();
   EXPECT_EQ(frontEnd_.playbacks, 1);
   EXPECT_TRUE(frontEnd_.windowMessages.empty());
-}
 
-TEST_F(FileModifierTest, ACommitOnAShortDiskWarnsAndKeepsTheEdit) {
-  SVFileGUI* window = NewDocument(1000, 1);
   window->File()->PathSet("/Musik/Aufnahme.wav");
   LDiskFreeBytesOverride([](const char*) { return 1024LL * 1024; });
-  {
-    LFileModifier modifier(window);
-    ASSERT_TRUE(modifier.Start("Löschen"));
-    window->File()->CutList().EfDelete(0, 10);
-    EXPECT_TRUE(modifier.Commit());
-  }
+  commitOne();
   ASSERT_EQ(frontEnd_.windowMessages.size(), 1u);
   EXPECT_NE(frontEnd_.windowMessages[0].find("Aktion der Datei \"/Musik/Aufnahme.wav\" kann aufgrund geringem"),
             std::string::npos);
-  EXPECT_EQ(window->File()->CutList().GetLength(), 990);
+  EXPECT_EQ(window->File()->CutList().GetLength(), 960) << "the edit is kept";
 }
 
 class ChannelEditTest : public FileModifierTest {
 protected:
   void SetUp() override {
     FileModifierTest::SetUp();
-    window_ = NewDocument(1000, 2);
+    window_ = NewDocument(StaircaseList(1000, 2));
     window_->File()->ChannelEditModeSet(kSVChannelEditSingle);
     window_->ChannelEditSwitchSet(true, 1);
     original_ = DocReadAll(window_->File()->CutList());
@@ -175,13 +124,15 @@ TEST_F(ChannelEditTest, AnEditOfTheSameLengthIsMergedWithoutAQuestion) {
   EXPECT_EQ(DocReadAll(file.CutList()), original_);
 }
 
-TEST_F(ChannelEditTest, AShorterChannelIsPutToTheUserAndMergedWhenContinued) {
+TEST_F(ChannelEditTest, AShorterOrLongerChannelIsPutToTheUserAndMergedWhenContinued) {
   SVFile& file = *window_->File();
-  LFileModifier modifier(window_);
-  ASSERT_TRUE(modifier.Start("Löschen"));
-  file.CutList().EfDelete(0, 441);  // 10 ms at 44100 Hz
-  frontEnd_.answer = 0;
-  ASSERT_TRUE(modifier.Commit());
+  {
+    LFileModifier modifier(window_);
+    ASSERT_TRUE(modifier.Start("Löschen"));
+    file.CutList().EfDelete(0, 441);  // 10 ms at 44100 Hz
+    frontEnd_.answer = 0;
+    ASSERT_TRUE(modifier.Commit());
+  }
   ASSERT_EQ(frontEnd_.questions.size(), 1u);
   const RecordingFrontEnd::Question& q = frontEnd_.questions[0];
   EXPECT_EQ(q.title, "Kanallängenänderungen");
@@ -189,33 +140,29 @@ TEST_F(ChannelEditTest, AShorterChannelIsPutToTheUserAndMergedWhenContinued) {
   EXPECT_EQ(q.text,
             "Dieser Vorgang wird die Audiodaten in diesem Kanal um 10 Millisekunden verkleinert. Dies wirkt sich auf "
             "die Ausrichtung mit den anderen Kanälen in der Datei aus. Möchten Sie fortfahren?");
-
-  const std::vector<float> merged = DocReadAll(file.CutList());
+  std::vector<float> merged = DocReadAll(file.CutList());
   ASSERT_EQ(file.CutList().GetLength(), 1000) << "the file keeps its length";
   EXPECT_EQ(DocChannel(merged, 2, 0), DocChannel(original_, 2, 0));
-  const std::vector<float> channel = DocChannel(merged, 2, 1);
+  std::vector<float> channel = DocChannel(merged, 2, 1);
   EXPECT_EQ(channel[0], DocStaircaseValue(441, 1));
   EXPECT_EQ(channel[558], DocStaircaseValue(999, 1));
   EXPECT_EQ(channel[559], 0.0f) << "the shortened channel ends in silence";
-}
 
-TEST_F(ChannelEditTest, ALongerChannelLengthensTheFile) {
-  SVFile& file = *window_->File();
   LFileModifier modifier(window_);
   ASSERT_TRUE(modifier.Start("Stille einfügen"));
   file.CutList().EfInsertSilence(0, 882);
   ASSERT_TRUE(modifier.Commit());
-  ASSERT_EQ(frontEnd_.questions.size(), 1u);
-  EXPECT_NE(frontEnd_.questions[0].text.find("erweitert die Audiodaten in diesem Kanal um 20 Millisekunden"),
+  ASSERT_EQ(frontEnd_.questions.size(), 2u);
+  EXPECT_NE(frontEnd_.questions[1].text.find("erweitert die Audiodaten in diesem Kanal um 20 Millisekunden"),
             std::string::npos);
-  EXPECT_EQ(file.CutList().GetLength(), 1882);
-  const std::vector<float> merged = DocReadAll(file.CutList());
+  EXPECT_EQ(file.CutList().GetLength(), 1882) << "a longer channel lengthens the file";
+  merged = DocReadAll(file.CutList());
   EXPECT_EQ(DocChannel(merged, 2, 0)[999], DocStaircaseValue(999, 0));
   EXPECT_EQ(DocChannel(merged, 2, 0)[1000], 0.0f);
-  EXPECT_EQ(DocChannel(merged, 2, 1)[882], DocStaircaseValue(0, 1));
+  EXPECT_EQ(DocChannel(merged, 2, 1)[882], DocStaircaseValue(441, 1));
 }
 
-TEST_F(ChannelEditTest, DecliningTheLengthChangeRollsTheEditBack) {
+TEST_F(ChannelEditTest, DecliningOrCancellingTheMergeChangesNothing) {
   SVFile& file = *window_->File();
   {
     LFileModifier modifier(window_);
@@ -227,10 +174,6 @@ TEST_F(ChannelEditTest, DecliningTheLengthChangeRollsTheEditBack) {
   EXPECT_EQ(file.CutList().GetChannels(), 2);
   EXPECT_EQ(DocReadAll(file.CutList()), original_);
   EXPECT_FALSE(window_->HasChannelEditLists());
-}
-
-TEST_F(ChannelEditTest, ACancelledMergeOrSplitChangesNothing) {
-  SVFile& file = *window_->File();
   {
     LFileModifier modifier(window_);
     ASSERT_TRUE(modifier.Start("Stille"));

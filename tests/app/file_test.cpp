@@ -36,7 +36,7 @@ TEST_F(FileTest, ANewDocumentStartsModifiedWithAFreeRing) {
   EXPECT_EQ(std::strlen(file.Path()), kSVFilePathMax - 1);
 }
 
-TEST_F(FileTest, EachOutsideChangeIsReportedOnce) {
+TEST_F(FileTest, EachOutsideChangeIsReportedOnceUnlessTheSettingSwitchesItOff) {
   const std::string path = WriteStaircaseWave("take.wav", 10, 1);
   TouchAt(path, 1000000);
   SVFile file(path.c_str(), StaircaseList(10, 1));
@@ -55,16 +55,14 @@ TEST_F(FileTest, EachOutsideChangeIsReportedOnce) {
   TouchAt(path, 1000000);
   EXPECT_TRUE(file.TestForFileModifications());
   EXPECT_FALSE(file.TestForFileModifications());
-}
 
-TEST_F(FileTest, TheSettingSwitchesOutsideChangeDetectionOff) {
-  const std::string path = WriteStaircaseWave("take.wav", 10, 1);
+  // The setting switches the detection off.
   ASSERT_TRUE(LUserSettings::Instance().Set(kLSettingsDomain, kSVSettingsSection, kSVSettingFileModAlert, "0"));
-  SVFile file(path.c_str(), StaircaseList(10, 1));
-  EXPECT_EQ(file.TimeModifiedRecorded(), 0);
-  EXPECT_FALSE(file.FileTimeModifiedUpdate());
+  SVFile unwatched(path.c_str(), StaircaseList(10, 1));
+  EXPECT_EQ(unwatched.TimeModifiedRecorded(), 0);
+  EXPECT_FALSE(unwatched.FileTimeModifiedUpdate());
   TouchAt(path, 2000000);
-  EXPECT_FALSE(file.TestForFileModifications());
+  EXPECT_FALSE(unwatched.TestForFileModifications());
 }
 
 }  // namespace

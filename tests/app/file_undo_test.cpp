@@ -6,12 +6,12 @@
 #include "app/file.h"
 #include "app/file_audio.h"
 #include "app/file_modifier.h"
-#include "document_fixture.h"
+#include "edit_fixture.h"
 #include "engine/sound_cache.h"
 
 namespace {
 
-class FileUndoTest : public DocumentTest {
+class FileUndoTest : public EditTest {
 protected:
   // One committed edit: deletes [from, to).
   static void DeleteEdit(SVFileGUI* window, const char* name, long long from, long long to) {
@@ -29,7 +29,7 @@ protected:
   }
 };
 
-TEST_F(FileUndoTest, LoadEditUndoGivesTheLoadedStateAndOffersRedoOfTheEdit) {
+TEST_F(FileUndoTest, LoadEditUndoGivesTheLoadedStateOffersRedoAndANewEditCutsRedoOff) {
   SVFileGUI* window = Dialog().FileOpen(WriteStaircaseWave("take.wav", 1000, 2).c_str());
   ASSERT_NE(window, nullptr) << frontEnd_.lastError;
   SVFile& file = *window->File();
@@ -77,27 +77,19 @@ TEST_F(FileUndoTest, LoadEditUndoGivesTheLoadedStateAndOffersRedoOfTheEdit) {
   EXPECT_EQ(menu.undo.label, "Rückgängig Löschen");
   EXPECT_FALSE(menu.redo.enabled);
   EXPECT_FALSE(SVCoreUtils::CmRedo(window)) << "nothing left to redo";
-}
 
-TEST_F(FileUndoTest, ANewEditAfterUndoCutsOffRedo) {
-  SVFileGUI* window = Dialog().FileNewFromCutList(StaircaseList(1000, 1), "Neu", MainDialog::kInitialNewFile);
-  ASSERT_NE(window, nullptr);
-  DeleteEdit(window, "Löschen", 0, 10);
-  DeleteEdit(window, "Zuschneiden", 0, 10);
+  // A new edit after Undo cuts Redo off.
   ASSERT_TRUE(SVCoreUtils::CmUndo(window));
-  EXPECT_TRUE(Dialog().UpdateUndoMenuItem().redo.enabled);
-
   SilenceEdit(window, 5);
-  const SVUndoMenuState menu = Dialog().UpdateUndoMenuItem();
+  menu = Dialog().UpdateUndoMenuItem();
   EXPECT_FALSE(menu.redo.enabled);
   EXPECT_EQ(menu.undo.label, "Rückgängig Stille einfügen");
   EXPECT_FALSE(SVCoreUtils::CmRedo(window));
-  EXPECT_EQ(window->File()->CutList().GetLength(), 995);
+  EXPECT_EQ(file.CutList().GetLength(), 1005);
 }
 
 TEST_F(FileUndoTest, AfterFortyEditsUndoStopsWhereTheRingEnds) {
-  SVFileGUI* window = Dialog().FileNewFromCutList(StaircaseList(1000, 1), "Neu", MainDialog::kInitialNewFile);
-  ASSERT_NE(window, nullptr);
+  SVFileGUI* window = NewDocument(StaircaseList(1000, 1));
   SVFile& file = *window->File();
   // Edit i makes the list 1000 + i frames long, so the length names the state.
   for (int i = 1; i <= 40; ++i) SilenceEdit(window, 1);
@@ -143,8 +135,7 @@ TEST_F(FileUndoTest, UndoToLastSaveRestoresTheSavedStateAndIsFinal) {
 }
 
 TEST_F(FileUndoTest, UndoToLastSaveRightAfterSavingIsOfferedOnlyAtIndex31) {
-  SVFileGUI* window = Dialog().FileNewFromCutList(StaircaseList(100, 1), "Neu", MainDialog::kInitialNewFile);
-  ASSERT_NE(window, nullptr);
+  SVFileGUI* window = NewDocument(StaircaseList(100, 1));
   SVFile& file = *window->File();
   while (file.UndoIndexCurrent() != 30) SilenceEdit(window, 1);
   file.SetFileClean();
@@ -160,8 +151,7 @@ TEST_F(FileUndoTest, UndoToLastSaveRightAfterSavingIsOfferedOnlyAtIndex31) {
 }
 
 TEST_F(FileUndoTest, ASnapshotCollapsesAnEmptySelectionOrEqualBandToTheCursor) {
-  SVFileGUI* window = Dialog().FileNewFromCutList(StaircaseList(1000, 1), "Neu", MainDialog::kInitialNewFile);
-  ASSERT_NE(window, nullptr);
+  SVFileGUI* window = NewDocument(StaircaseList(1000, 1));
   SVFile& file = *window->File();
   file.CursorSet(300);
   file.Selection() = SVSelection{100, 200, 500, 500, 1};
@@ -184,8 +174,7 @@ TEST_F(FileUndoTest, ASnapshotCollapsesAnEmptySelectionOrEqualBandToTheCursor) {
 }
 
 TEST_F(FileUndoTest, UndoBringsBackSelectionCursorViewBookmarksAndRegions) {
-  SVFileGUI* window = Dialog().FileNewFromCutList(StaircaseList(1000, 1), "Neu", MainDialog::kInitialNewFile);
-  ASSERT_NE(window, nullptr);
+  SVFileGUI* window = NewDocument(StaircaseList(1000, 1));
   SVFile& file = *window->File();
   SVRegion region;
   region.NameSet("Strophe");
@@ -220,8 +209,7 @@ TEST_F(FileUndoTest, UndoBringsBackSelectionCursorViewBookmarksAndRegions) {
 }
 
 TEST_F(FileUndoTest, SnapshotsShareTheAudioAndTheDocumentReleasesEveryItem) {
-  SVFileGUI* window = Dialog().FileNewFromCutList(StaircaseList(10000, 2), "Neu", MainDialog::kInitialNewFile);
-  ASSERT_NE(window, nullptr);
+  SVFileGUI* window = NewDocument(StaircaseList(10000, 2));
   SVFile& file = *window->File();
   const unsigned short item = file.CutList().Segments().front().ItemNumber();
   const int filesBefore = CacheAudioFiles();

@@ -1,7 +1,6 @@
 // The recent-files list and the filter of what it shows.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <set>
 #include <string>
 
@@ -35,7 +34,6 @@ TEST_F(RecentFileListTest, TheNewestComesFirstWithoutDuplicatesAndTenAtMost) {
   std::vector<std::string> moved = {"/a/5.wav", "/a/11.wav", "/a/10.wav", "/a/9.wav", "/a/8.wav",
                                     "/a/7.wav", "/a/6.wav",  "/a/4.wav",  "/a/3.wav", "/a/2.wav"};
   EXPECT_EQ(Stored(list), moved) << "a listed path moves to the top, the ones above it down";
-  EXPECT_EQ(std::set<std::string>(moved.begin(), moved.end()).size(), 10u);
 }
 
 TEST_F(RecentFileListTest, TheMenuShowsProjectsAndAudioButNoVideo) {
@@ -45,29 +43,18 @@ TEST_F(RecentFileListTest, TheMenuShowsProjectsAndAudioButNoVideo) {
   EXPECT_EQ(list.MenuList(), (LArray<LStringLong>{"/a/lied.mp3", "/a.b/ton.FLAC", "/a/projekt.svp"}));
 }
 
-TEST(RecentFileData, ExtensionsAreJudgedIgnoringCase) {
-  EXPECT_FALSE(SVFileGetRecentFileData::IsExtValid(""));
+TEST(RecentFileData, ExtensionsAreJudgedIgnoringCaseAndNoneIsBothAudioAndVideo) {
+  for (const char* valid : {".svp", ".SVP", ".wav", ".Mp3", ".aiff"})
+    EXPECT_TRUE(SVFileGetRecentFileData::IsExtValid(valid)) << valid;
+  // Without its dot an extension is no extension.
+  for (const char* invalid : {"", ".3GP", ".mov", ".doc", "wav"})
+    EXPECT_FALSE(SVFileGetRecentFileData::IsExtValid(invalid)) << invalid;
   EXPECT_FALSE(SVFileGetRecentFileData::IsExtValid(nullptr));
-  EXPECT_TRUE(SVFileGetRecentFileData::IsExtValid(".svp"));
-  EXPECT_TRUE(SVFileGetRecentFileData::IsExtValid(".SVP"));
-  EXPECT_TRUE(SVFileGetRecentFileData::IsExtValid(".wav"));
-  EXPECT_TRUE(SVFileGetRecentFileData::IsExtValid(".Mp3"));
-  EXPECT_TRUE(SVFileGetRecentFileData::IsExtValid(".aiff"));
-  EXPECT_FALSE(SVFileGetRecentFileData::IsExtValid(".3GP"));
-  EXPECT_FALSE(SVFileGetRecentFileData::IsExtValid(".mov"));
-  EXPECT_FALSE(SVFileGetRecentFileData::IsExtValid(".doc"));
-  EXPECT_FALSE(SVFileGetRecentFileData::IsExtValid("wav")) << "the dot belongs to the extension";
 
-  const char* const* video = SVFileGetRecentFileData::VideoExtensions();
-  const char* const* audio = SVFileGetRecentFileData::AudioExtensions();
-  const std::vector<std::string> videoStart(video, video + 7);
-  EXPECT_EQ(videoStart, (std::vector<std::string>{".264", ".3g2", ".3gp", ".3gpp", ".amv", ".asf", ".asx"}));
-  EXPECT_STREQ(audio[0], ".wav");
-  EXPECT_STREQ(audio[1], ".mp3");
   std::set<std::string> all;
-  for (std::size_t i = 0; i < kSVVideoExtensionCount; ++i) all.insert(video[i]);
-  for (std::size_t i = 0; i < kSVAudioExtensionCount; ++i) all.insert(audio[i]);
-  EXPECT_EQ(all.size(), kSVVideoExtensionCount + kSVAudioExtensionCount) << "no extension is in both lists";
+  for (std::size_t i = 0; i < kSVVideoExtensionCount; ++i) all.insert(SVFileGetRecentFileData::VideoExtensions()[i]);
+  for (std::size_t i = 0; i < kSVAudioExtensionCount; ++i) all.insert(SVFileGetRecentFileData::AudioExtensions()[i]);
+  EXPECT_EQ(all.size(), kSVVideoExtensionCount + kSVAudioExtensionCount);
 }
 
 }  // namespace

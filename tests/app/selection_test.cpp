@@ -5,20 +5,16 @@
 #include <cmath>
 
 #include "app/selection.h"
-#include "document_fixture.h"
+#include "edit_fixture.h"
 #include "effects/eq.h"
 #include "effects/point_list.h"
 #include "engine/sound_cache.h"
 
 namespace {
 
-using SelectionTest = DocumentTest;
+using SelectionTest = EditTest;
 
-std::vector<float> Sine(double hz, long long frames, double rate = 44100.0) {
-  std::vector<float> out(static_cast<std::size_t>(frames));
-  for (long long f = 0; f < frames; ++f) out[static_cast<std::size_t>(f)] = 0.5f * std::sin(2 * M_PI * hz * f / rate);
-  return out;
-}
+std::vector<float> Sine(double hz, long long frames) { return Tones({{hz, 0.5}}, frames, 44100.0); }
 
 double Rms(const std::vector<float>& s, std::size_t from, std::size_t to) {
   double sum = 0;
@@ -26,17 +22,13 @@ double Rms(const std::vector<float>& s, std::size_t from, std::size_t to) {
   return std::sqrt(sum / double(to - from));
 }
 
-TEST_F(SelectionTest, WithoutARangeTheWholeListIsSelected) {
+TEST_F(SelectionTest, ARangeIsTrimmedWithoutRenderingAndWithoutOneTheWholeListIsSelected) {
   const LCutListAudio list = StaircaseList(1000, 2);
   LProcessInterfaceQuiet process;
   EXPECT_EQ(DocReadAll(SVSelection{}.Trim(process, list)), DocReadAll(list));
   EXPECT_EQ(DocReadAll(SVSelection{400, 400, 0, 0, 0}.Trim(process, list)), DocReadAll(list));
   EXPECT_EQ(DocReadAll(SVSelection{400, 400, 100, 900, 1}.Trim(process, list)), DocReadAll(list));
-}
 
-TEST_F(SelectionTest, ARangeIsTrimmedWithoutRendering) {
-  const LCutListAudio list = StaircaseList(1000, 2);
-  LProcessInterfaceQuiet process;
   const LCutListAudio range = SVSelection{100, 350, 0, 0, 0}.Trim(process, list);
   ASSERT_EQ(range.GetLength(), 250);
   EXPECT_EQ(range.GetChannels(), 2);

@@ -21,7 +21,7 @@ protected:
   }
 };
 
-TEST_F(WindowManagerTest, TitlesNumberOnFromTheDigitsAfterTheirSeparator) {
+TEST_F(WindowManagerTest, TitlesNumberOnFromTheDigitsAfterTheirSeparatorWithTheExtensionBehind) {
   EXPECT_EQ(Open("Take_3")->Title(), "Take_3") << "a free title is used as it is";
   EXPECT_EQ(Open("Take_3")->Title(), "Take_1") << "after '_' the number reads as 0";
   EXPECT_EQ(Open("Take 3")->Title(), "Take 3");
@@ -29,20 +29,15 @@ TEST_F(WindowManagerTest, TitlesNumberOnFromTheDigitsAfterTheirSeparator) {
   Open("Take3");
   EXPECT_EQ(Unique("Take3"), "Take1") << "after a letter the number reads as 0";
   EXPECT_EQ(Unique("Take_3"), "Take_2") << "Take_1 is taken";
-}
+  EXPECT_EQ(Open("Song")->Title(), "Song");
+  EXPECT_EQ(Open("Song")->Title(), "Song_1");
+  EXPECT_EQ(Open("Song")->Title(), "Song_2");
 
-TEST_F(WindowManagerTest, ASecondTitleWithoutDigitsGetsNumberOne) {
-  EXPECT_EQ(Open("Take")->Title(), "Take");
-  EXPECT_EQ(Open("Take")->Title(), "Take_1");
-  EXPECT_EQ(Open("Take")->Title(), "Take_2");
-}
-
-TEST_F(WindowManagerTest, TheExtensionStaysBehindTheNumber) {
-  Open("Take_3.wav", false);
-  EXPECT_EQ(Unique("Take_3.wav", false), "Take_1.wav");
-  Open("Take 3.wav", false);
-  EXPECT_EQ(Unique("Take 3.wav", false), "Take 4.wav");
-  EXPECT_EQ(Unique("Take 3.wav", true), "Take 3.wav_1") << "without extension the whole title is the name";
+  Open("Clip_3.wav", false);
+  EXPECT_EQ(Unique("Clip_3.wav", false), "Clip_1.wav");
+  Open("Clip 3.wav", false);
+  EXPECT_EQ(Unique("Clip 3.wav", false), "Clip 4.wav");
+  EXPECT_EQ(Unique("Clip 3.wav", true), "Clip 3.wav_1") << "without extension the whole title is the name";
 }
 
 TEST_F(WindowManagerTest, TitlesOfTheNameFormatNumberFromZero) {
