@@ -65,7 +65,7 @@ if [[ " $which " == *" thread "* ]]; then
       [[ ":${suites[$layer]:-}:" == *":$suite.*:"* ]] && continue
       suites[$layer]+="${suites[$layer]:+:}$suite.*:*/$suite.*"
     done
-  done < <(grep -lE 'std::(thread|jthread|async)|pthread_create|fork\(|RunWithFileSizeLimit' \
+  done < <(grep -lE 'std::(thread|jthread|async)|pthread_create|fork\(|RunWithFileSizeLimit|ReportingChild' \
     "$root"/tests/*/*_test.cpp | sort)
   programs=()
   for layer in "${!suites[@]}"; do programs+=("${layer}_tests"); done

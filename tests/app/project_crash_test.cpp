@@ -2,15 +2,13 @@
 // the project file on disk stays the old one, byte for byte, and still loads.
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <cstdio>
 #include <filesystem>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "base/platform_file.h"
 #include "project_fixture.h"
 #include "support/file_size_limit.h"
+#include "support/reporting_child.h"
 
 namespace {
 
@@ -109,26 +107,17 @@ TEST_F(ProjectCrashTest, ASaveKilledPartWayLeavesTheOldProject) {
   ASSERT_GT(checks, 10);
   for (long stallAt : {1L, 2L, checks / 3, checks / 2, checks - 1}) {
     SCOPED_TRACE(stallAt);
-    int pipeFds[2];
-    ASSERT_EQ(pipe(pipeFds), 0);
-    std::fflush(nullptr);
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-      close(pipeFds[0]);
-      StallingProcess process(stallAt, pipeFds[1]);
+    ReportingChild child([&](int reportFd) {
+      StallingProcess process(stallAt, reportFd);
       LSVSaveProject request(Windows(), target.c_str());
       (void)SVProjectSaveSafe(process, request, false);
-      _exit(2);  // the save ended before the stall point
-    }
-    close(pipeFds[1]);
+      return 2;  // the save ended before the stall point
+    });
+    ASSERT_TRUE(child.Started());
     char byte = 0;
-    const bool stalled = read(pipeFds[0], &byte, 1) == 1;
-    close(pipeFds[0]);
-    kill(child, SIGKILL);
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    ASSERT_TRUE(stalled) << "the child ended with status " << status;
+    const bool stalled = child.Read(&byte, 1);
+    (void)child.Kill();
+    ASSERT_TRUE(stalled) << "the save ended before the stall point";
     ExpectOldProjectThere(target, old);
   }
 }

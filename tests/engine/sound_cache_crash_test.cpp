@@ -2,10 +2,7 @@
 // must go at the next clean-up, while complete items, used or kept, stay whole.
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <cstdio>
 #include <unistd.h>
-#include <sys/wait.h>
 
 #include "base/disk_space.h"
 #include "base/platform_file.h"
@@ -14,6 +11,7 @@
 #include "engine/sound_cache_sink.h"
 #include "engine/sound_cache_source.h"
 #include "sound_cache_fixture.h"
+#include "support/reporting_child.h"
 
 namespace {
 
@@ -59,25 +57,11 @@ TEST_F(SoundCacheTest, AnItemHalfWrittenByAKilledProcessGoesAtTheNextCleanUpAndC
   keptHandle.Reset();
   ASSERT_TRUE(LSoundCacheItemIsValid(kept));
 
-  int pipeFds[2];
-  ASSERT_EQ(pipe(pipeFds), 0);
-  std::fflush(nullptr);
-  const pid_t child = fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {
-    close(pipeFds[0]);
-    WriteItemUntilKilled(cacheFolder_, pipeFds[1]);
-  }
-  close(pipeFds[1]);
+  ReportingChild child([&](int reportFd) -> int { WriteItemUntilKilled(cacheFolder_, reportFd); });
+  ASSERT_TRUE(child.Started());
   Report report{};
-  for (long long blocks = 0; blocks < kBlocksBeforeKill; ++blocks) {
-    ASSERT_EQ(read(pipeFds[0], &report, sizeof report), static_cast<ssize_t>(sizeof report));
-  }
-  kill(child, SIGKILL);
-  int status = 0;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  ASSERT_TRUE(WIFSIGNALED(status));
-  close(pipeFds[0]);
+  for (long long blocks = 0; blocks < kBlocksBeforeKill; ++blocks) ASSERT_TRUE(child.Read(&report, sizeof report));
+  ASSERT_TRUE(child.Kill());
 
   const unsigned short half = report.item;
   ASSERT_NE(half, used.Number());

@@ -3,13 +3,11 @@
 // every frame written so far.
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <cstdio>
 #include <unistd.h>
-#include <sys/wait.h>
 
 #include "base/platform_file.h"
 #include "formats/wave_file.h"
+#include "support/reporting_child.h"
 #include "support/temp_folder.h"
 #include "wave_fixtures.h"
 
@@ -47,29 +45,17 @@ float Step(long long frame, int channel) {
 TEST(WaveCrash, AFileWhoseWriterWasKilledOpensAsAStreamOfTheFramesWrittenSoFar) {
   TempFolder folder;
   const std::string path = folder.File("aufnahme.wav");
-  int pipeFds[2];
-  ASSERT_EQ(pipe(pipeFds), 0);
-  std::fflush(nullptr);
-  const pid_t child = fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {
-    close(pipeFds[0]);
-    RecordUntilKilled(path, pipeFds[1]);
-  }
-  close(pipeFds[1]);
+  ReportingChild child([&](int reportFd) -> int { RecordUntilKilled(path, reportFd); });
+  ASSERT_TRUE(child.Started());
   long long reported = 0;
   for (long long blocks = 0; blocks < kBlocksBeforeKill; ++blocks) {
-    ASSERT_EQ(read(pipeFds[0], &reported, sizeof reported), static_cast<ssize_t>(sizeof reported));
+    ASSERT_TRUE(child.Read(&reported, sizeof reported));
     ASSERT_GT(reported, 0) << "the writer failed";
   }
-  kill(child, SIGKILL);
-  int status = 0;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  ASSERT_TRUE(WIFSIGNALED(status));
+  ASSERT_TRUE(child.Kill());
   // Blocks the writer finished before it died.
   long long more = 0;
-  while (read(pipeFds[0], &more, sizeof more) == static_cast<ssize_t>(sizeof more)) reported = more;
-  close(pipeFds[0]);
+  while (child.Read(&more, sizeof more)) reported = more;
 
   const Bytes bytes = FileBytes(path);
   ASSERT_GE(bytes.size(), 44u);
