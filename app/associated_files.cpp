@@ -270,6 +270,11 @@ LProcessResult SVAssociatedFilesLoad(LProcessInterface& process, LSDFReader& rea
       if (!hasKey && info.id == kSVAssociatedFileKey) {
         hasKey = entry.Chunk().ReadString(key);
         if (!hasKey) damaged = true;
+      } else if (hasKey && !carried && byPathOrEmbedded && StartsWith(key, kSVAssociatedSdfPrefix)) {
+        // A key that names an SDF file is never stored by path or embedded: the
+        // next save would take the file for an SDF file and fail. Left out.
+        carried = true;
+        damaged = true;
       } else if (hasKey && !carried && info.id == kSVAssociatedFilePath && info.type == kSDFChunkTypeString) {
         restored = entry.Chunk().ReadString(file.path);
         carried = true;

@@ -307,7 +307,10 @@ LProcessResult ProcessLoadCutListAudio(LProcessInterface& process, LSDFReader& r
     if (walk.Id() == kSVCutListPersisted) {
       hasList = true;
       if (!walk.Chunk().ReadData(persisted)) report.damaged = true;
-    } else if (walk.Id() == kSVCutListItem && walk.Type() == kSDFChunkTypeContainer && !link) {
+    } else if (walk.Id() == kSVCutListItem && walk.Type() == kSDFChunkTypeContainer) {
+      // A link names live items: audio stored beside it is neither used nor
+      // kept, since a full save would write it back as audio its list plays.
+      if (link) continue;
       LProcessResult result = LoadItem(process, reader, walk.Info(), restore, report);
       if (result != kLProcessSuccess) return result;
     } else if (!walk.Chunk().ReadUnknownChunk(unknown)) {

@@ -227,11 +227,15 @@ LRiffTagWriteResult LRiffTagWriter::Write() {
     delta -= size - end;
   }
   if (!out_.Seek(end)) return LRiffTagWriteResult::WriteFailed;
-  // A last chunk of odd size whose writer left out the pad byte gets it now.
-  if (end & 1) {
+  // The pad byte after a last chunk of odd size: added when its writer left it
+  // out, and made 0 when it was some other byte, which a walk would otherwise
+  // take for the start of what is appended. An odd end alone says nothing: after
+  // an unpadded chunk further up, every chunk lies at an odd offset.
+  if (kept > 0 && (chunks[kept - 1].size & 1)) {
+    const LRiffChunk& last = chunks[kept - 1];
     const unsigned char zero = 0;
-    if (!BytesWrite(&zero, 1)) return LRiffTagWriteResult::WriteFailed;
-    ++delta;
+    if (!out_.Seek(last.BodyOffset() + last.size) || !BytesWrite(&zero, 1)) return LRiffTagWriteResult::WriteFailed;
+    if (!last.padded) ++delta;
   }
   long long appended = 0;
   ok = OtherChunksWriteAtTheEndIfNeeded(&appended) && ok;

@@ -1,6 +1,7 @@
 #include "formats/sound_file.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 #include <memory>
 #include <strings.h>
@@ -125,7 +126,10 @@ LSoundSource OpenWave(const Origin& origin, LSoundFileInfo* info) {
   info->formatLongName = "WAVE";
   info->codecName = info->codecLongName = WaveCodecName(format);
   info->bitsPerSample = format.bitsPerSample;
-  info->bitRate = static_cast<long long>(format.sampleRate) * format.channels * format.bitsPerSample;
+  // In 64 unsigned bits the product of the three fields cannot overflow; a damaged header may make it huge.
+  const unsigned long long bitRate =
+      static_cast<unsigned long long>(format.sampleRate) * format.channels * format.bitsPerSample;
+  info->bitRate = static_cast<long long>(std::min<unsigned long long>(bitRate, LLONG_MAX));
   if (!source.IsError()) {
     if (auto tags = origin.Open()) (void)LWavTagsRead(*tags, &info->tags);
   }

@@ -3,8 +3,11 @@
 #include <filesystem>
 #include <random>
 
+#include "app/project_chunks.h"
 #include "app/project_messages.h"
 #include "base/memory_stream.h"
+#include "base/sdf_format.h"
+#include "base/sdf_writer.h"
 #include "project_fixture.h"
 
 namespace {
@@ -89,6 +92,49 @@ TEST_F(ProjectDamageTest, FlippedBytesNeverCrashTheLoader) {
   }
   // Most flips hit data, not the header: those files still load.
   EXPECT_GT(loaded, 600);
+}
+
+TEST_F(ProjectDamageTest, AnSdfKeyStoredByPathOrEmbeddedIsLeftOutAndTheProjectSavesAgain) {
+  // Only an SDF file's entry carries a key that starts with "sdf/"; stored any
+  // other way, the next save would read the file as SDF and fail.
+  LMemoryStream stream;
+  LSDFWriter w;
+  ASSERT_TRUE(w.Open(stream, kSDFFileTypeProject, kSDFDataVersionProject));
+  w.StartContainer(kSVProjectDocuments);
+  w.StartContainer(kSVProjectDocument);
+  w.WriteString(kSVDocumentPath, "/music/a.wav");
+  w.StartContainer(kSVDocumentAssociatedFiles);
+  w.StartContainer(kSVAssociatedFile);
+  w.WriteString(kSVAssociatedFileKey, "sdf/verweis");
+  w.WriteString(kSVAssociatedFilePath, "/nirgends/verweis.sdf");
+  w.EndContainer(kSVAssociatedFile);
+  w.StartContainer(kSVAssociatedFile);
+  w.WriteString(kSVAssociatedFileKey, "sdf/eingebettet");
+  w.StartContainer(kSVAssociatedFileEmbedded);
+  w.WriteString(kSVEmbeddedExtension, "txt");
+  const unsigned char text[] = {'k', 'e', 'i', 'n', ' ', 'S', 'D', 'F'};
+  w.WriteBlob(kSVEmbeddedContent, text, sizeof text);
+  w.EndContainer(kSVAssociatedFileEmbedded);
+  w.EndContainer(kSVAssociatedFile);
+  w.StartContainer(kSVAssociatedFile);
+  w.WriteString(kSVAssociatedFileKey, "gut");
+  w.WriteString(kSVAssociatedFilePath, "/irgendwo/gut.txt");
+  w.EndContainer(kSVAssociatedFile);
+  w.EndContainer(kSVDocumentAssociatedFiles);
+  w.EndContainer(kSVProjectDocument);
+  w.EndContainer(kSVProjectDocuments);
+  ASSERT_TRUE(w.Close());
+
+  LArray<LStringLong> messages;
+  ASSERT_EQ(LoadFromMemory(Windows(), stream.Bytes(), &messages), kLProcessSuccess);
+  EXPECT_TRUE(SaysDamaged(messages));
+  ASSERT_EQ(Windows().FileWindowCount(), 1);
+  const SVFileProjectState& state = Windows().FileWindowAt(0, 0)->File()->ProjectState();
+  ASSERT_EQ(state.associatedFiles.size(), 1u);
+  EXPECT_EQ(state.associatedFiles.at("gut").path, "/irgendwo/gut.txt");
+  EXPECT_FALSE(std::filesystem::exists(temp_.File("carried")));
+  const std::vector<unsigned char> saved = SaveToMemory(Windows(), false);
+  EXPECT_NE(SdfDump(saved).find("valid type 26 version 7"), std::string::npos);
 }
 
 }  // namespace

@@ -404,6 +404,42 @@ TEST_F(ProjectLoadTest, ChunksThisBuildDoesNotKnowComeBackWhereTheyStood) {
   CloseAll(loaded);
 }
 
+TEST_F(ProjectLoadTest, AudioStoredBesideALinkIsNeitherPlayedNorKeptForTheNextSave) {
+  LMemoryStream stream;
+  LSDFWriter w;
+  ASSERT_TRUE(w.Open(stream, kSDFFileTypeProject, kSDFDataVersionProject));
+  w.StartContainer(kSVProjectDocuments);
+  w.StartContainer(kSVProjectDocument);
+  w.WriteString(kSVDocumentPath, "/music/verweis.wav");
+  w.StartContainer(kSVDocumentCutListLink);
+  const std::vector<unsigned char> list = PersistedList(44100, 1, {{7, 40, 1.0f, 0}});
+  w.WriteBlob(kSVCutListPersisted, list.data(), list.size());
+  w.StartContainer(kSVCutListItem);
+  w.WriteInt(kSVCutListItemNumber, 7);
+  w.WriteInt(kSVCutListItemSampleRate, 44100);
+  w.WriteInt(kSVCutListItemChannels, 1);
+  const std::vector<float> audio = DocStaircase(40, 1);
+  w.WriteBlob(kSVCutListItemFrames, reinterpret_cast<const unsigned char*>(audio.data()), audio.size() * sizeof(float));
+  w.EndContainer(kSVCutListItem);
+  w.EndContainer(kSVDocumentCutListLink);
+  w.EndContainer(kSVProjectDocument);
+  w.EndContainer(kSVProjectDocuments);
+  ASSERT_TRUE(w.Close());
+
+  // Item 7 is not alive: the link plays silence, whatever audio lies beside it.
+  SVWindowManager loaded(frontEnd_);
+  ASSERT_EQ(LoadFromMemory(loaded, stream.Bytes()), kLProcessSuccess);
+  ASSERT_EQ(loaded.FileWindowCount(), 1);
+  EXPECT_EQ(DocReadAll(loaded.FileWindowAt(0, 0)->File()->CutList()), std::vector<float>(40, 0.0f));
+  const std::vector<unsigned char> saved = SaveToMemory(loaded, false);
+  const SdfFile file = SdfParse(saved);
+  ASSERT_TRUE(file.valid);
+  const SdfNode* cutList = SdfFind(file.top, {kSVProjectDocuments, kSVProjectDocument, kSVDocumentCutList});
+  ASSERT_NE(cutList, nullptr);
+  EXPECT_EQ(SdfIds(cutList->children), std::vector<unsigned short>{kSVCutListPersisted});
+  CloseAll(loaded);
+}
+
 TEST_F(ProjectLoadTest, CancellingTheLoadAtAnyStepAnswersOneAndChangesNothing) {
   Build();
   const std::vector<unsigned char> bytes = SaveToMemory(Windows(), false);

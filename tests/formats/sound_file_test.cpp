@@ -111,6 +111,18 @@ TEST(SoundFile, FailuresAnswerTheirCodesAndGermanMessages) {
   EXPECT_EQ(s.GetSampleRate(), 16000u);
 }
 
+TEST(SoundFile, AFmtChunkOfAbsurdFieldsIsRefusedWithABitRateThatDidNotOverflow) {
+  // Rate, channels and bits near their widest: their product needs all 64 bits.
+  for (std::uint16_t bits : {std::uint16_t{0xDADA}, std::uint16_t{0xFFFF}}) {
+    const Bytes bytes = RiffWave({Chunk("fmt ", FmtBody(kLWaveTagPCM, 0xDADA, 0xDADADADAu, bits, 4)),
+                                  Chunk("data", Staircase16(40, 1))});
+    LSoundFileInfo info;
+    LSoundSource s = LSoundFile::OpenSource(bytes.data(), bytes.size(), "x.wav", &info);
+    EXPECT_TRUE(s.IsError());
+    EXPECT_GE(info.bitRate, 0) << bits;
+  }
+}
+
 #ifdef SONVALE_HAVE_FFMPEG
 
 TEST(SoundFile, WhatOurReadersRefuseFFmpegReadsAndAMissingCodecIsNamed) {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "base/memory_stream.h"
+#include "formats/wav_tag_iterator.h"
 #include "formats/wav_tag_keys.h"
 #include "support/temp_folder.h"
 #include "tag_test_files.h"
@@ -284,7 +285,7 @@ TEST(WavTagWriter, AFileWhoseChunksRunPastItsEndIsLeftUntouched) {
   EXPECT_TRUE(FolderNames(temp.Path()).empty());
 }
 
-TEST(WavTagWriter, AShortWriteIsReportedAndAnOddLastChunkGetsItsPadByte) {
+TEST(WavTagWriter, AShortWriteIsReportedAndTheTagsFollowTheLastChunkWhereAWalkFindsThem) {
   TempFolder temp;
   LFileTagDataAudio tags;
   tags.Set("TITLE", "t");
@@ -294,12 +295,40 @@ TEST(WavTagWriter, AShortWriteIsReportedAndAnOddLastChunkGetsItsPadByte) {
   EXPECT_EQ(writer.Write(), LRiffTagWriteResult::WriteFailed);
   EXPECT_FALSE(writer.AllChunkWriteStatusDone());
 
-  // Mono 8-bit-sized data of odd length whose writer forgot the pad byte.
-  Bytes body(7, 0x55);
-  Bytes odd = RiffWave({Fmt16(1, 8000), Chunk("data", body, -1, false)});
-  const Written w = WriteTags(odd, tags, temp.Path());
-  ASSERT_EQ(w.result, LRiffTagWriteResult::Ok);
-  EXPECT_EQ(ChunkIds(w.chunks), (std::vector<std::string>{"fmt ", "data", "id3 ", "CSET", "LIST", "DISP"}));
-  EXPECT_EQ(w.file[odd.size()], 0);
-  EXPECT_EQ(LE32(w.file, 4), w.file.size() - 8);
+  // Mono 8-bit-sized data of odd length whose writer forgot the pad byte: it gets it.
+  const Bytes body(7, 0x55);
+  const Bytes odd = RiffWave({Fmt16(1, 8000), Chunk("data", body, -1, false)});
+  // The same data followed by an even chunk: every chunk after the data lies at
+  // an odd offset, and the tags follow the last one without a pad byte.
+  const Bytes shifted = RiffWave({Fmt16(1, 8000), Chunk("data", body, -1, false), Chunk("fact", Bytes(4, 1))});
+  ASSERT_EQ(shifted.size() % 2, 1u);
+  // The same data with a pad byte that is not 0, as some writers leave it: it becomes 0.
+  Bytes dirty = odd;
+  dirty.push_back('s');
+  const std::uint32_t riffSize = static_cast<std::uint32_t>(dirty.size() - 8);
+  std::memcpy(dirty.data() + 4, &riffSize, 4);
+
+  struct Case {
+    const Bytes& file;
+    std::size_t tagsAt;
+    bool zeroPadBefore;
+  };
+  for (const Case& c : {Case{odd, odd.size() + 1, true}, Case{shifted, shifted.size(), false},
+                        Case{dirty, dirty.size(), true}}) {
+    SCOPED_TRACE(c.file.size());
+    const Written w = WriteTags(c.file, tags, temp.Path());
+    ASSERT_EQ(w.result, LRiffTagWriteResult::Ok);
+    ASSERT_GE(w.file.size(), c.tagsAt + 4);
+    EXPECT_EQ(std::string(w.file.begin() + static_cast<long>(c.tagsAt), w.file.begin() + static_cast<long>(c.tagsAt) + 4),
+              "id3 ");
+    if (c.zeroPadBefore) {
+      EXPECT_EQ(w.file[c.tagsAt - 1], 0);
+    }
+    EXPECT_EQ(LE32(w.file, 4), w.file.size() - 8);
+    LMemoryStream back(w.file.data(), w.file.size());
+    LWavTagIterator reader(back);
+    ASSERT_TRUE(reader.Open());
+    ASSERT_NE(reader.Tags().Get("TITLE"), nullptr);
+    EXPECT_STREQ(reader.Tags().Get("TITLE"), "t");
+  }
 }
