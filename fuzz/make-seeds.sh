@@ -10,8 +10,11 @@ rm -rf "$out"
 mkdir -p "$out"
 "$build/fuzz/fuzz_seed_writer" "$out"
 
-# SDF files of every kind serve the SDF target too.
-cp "$out/fuzz_effect_chain/"* "$out/fuzz_sdf_reader/"
+# SDF files of every kind serve the SDF target too; the WAVE and AIFF files serve
+# the format dispatch, and the WAVE files the tag reader.
+cp "$out/fuzz_effect_chain/"* "$out/fuzz_project_load/"* "$out/fuzz_sdf_reader/"
+cp "$out/fuzz_aiff_reader/"*.aif* "$out/fuzz_sound_file/"
+cp "$out/fuzz_wave_reader/"*.wav "$out/fuzz_riff_tags/"
 
 if ! command -v sox >/dev/null 2>&1; then
   echo "sox is missing: seeds only from our own writers" >&2
@@ -54,4 +57,40 @@ raw_seed 5 1 s8 -t raw -e signed -b 8
 raw_seed 6 1 s16be -t raw -e signed -b 16 -B
 raw_seed 7 2 f32 -t raw -e floating-point -b 32 -L
 raw_seed 8 1 f32be -t raw -e floating-point -b 32 -B
+# What sox writes of the formats our readers and FFmpeg's take; a sox without a
+# format leaves that seed out. The sounds are short, so that the decoders get
+# through many inputs a second.
+optional() {
+  local path="${*: -1}"
+  if ! tone "$@" 2>/dev/null; then
+    rm -f "$path"
+    echo "sox cannot write $(basename "$path"): left out" >&2
+  fi
+}
+aiff="$out/fuzz_aiff_reader"
+any="$out/fuzz_sound_file"
+tags="$out/fuzz_riff_tags"
+optional -c 1 -e signed -b 16 "$aiff/sox-s16.aiff"
+optional -c 2 -e signed -b 24 "$aiff/sox-s24.aiff"
+optional -c 1 -e signed -b 8 "$aiff/sox-s8.aiff"
+optional -c 1 -e floating-point -b 32 "$aiff/sox-f32.aifc"
+optional -c 2 -e signed -b 16 "$aiff/sox-s16.aifc"
+optional -c 1 -e u-law "$aiff/sox-ulaw.aifc"
+cp "$aiff/"sox-* "$any/" 2>/dev/null || true
+optional -c 1 -C 5 "$any/sox.flac"
+optional -c 2 -b 24 "$any/sox-24.flac"
+optional -c 1 -C 8 "$any/sox.mp3"
+optional -c 1 -C 0 "$any/sox.ogg"
+optional -c 1 "$any/sox.au"
+optional -c 2 "$any/sox.w64"
+optional -c 1 "$any/sox.caf"
+optional -c 1 "$any/sox.voc"
+optional -c 1 "$any/sox.amr-nb"
+optional -c 1 "$any/sox.gsm"
+optional -c 1 "$any/sox.wv"
+optional -c 1 "$any/sox.sph"
+optional -c 1 -e ms-adpcm "$any/sox-msadpcm.wav"
+# Tag chunks as sox writes them: a comment in the INFO list.
+optional -c 1 --comment "Ein Kommentar von sox" "$tags/sox-comment.wav"
+optional -c 2 -b 24 --comment "Zweiter" "$tags/sox-comment-24.wav"
 echo "seeds: $(find "$out" -type f | wc -l) files in $out"
