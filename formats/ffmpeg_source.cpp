@@ -20,6 +20,7 @@ extern "C" {
 #include <libavformat/avformat.h>
 #include <libavutil/channel_layout.h>
 #include <libavutil/intreadwrite.h>
+#include <libavutil/mem.h>
 #include <libswresample/swresample.h>
 }
 
@@ -40,10 +41,17 @@ constexpr int kMaxFailures = 1000;
 constexpr int kMaxChannels = 255;
 constexpr int kMaxSampleRate = 1536000;
 
+// A damaged header can make a demuxer ask for gigabytes (a tag "of 1.6 GB" in a
+// file of 125 bytes); nothing an audio decoder keeps needs a block this large.
+constexpr std::size_t kMaxFFmpegAllocation = 128u << 20;
+
 // FFmpeg's complaints about damaged files would otherwise go to the terminal.
 void QuietLogs() {
   static std::once_flag once;
-  std::call_once(once, [] { av_log_set_level(AV_LOG_FATAL); });
+  std::call_once(once, [] {
+    av_log_set_level(AV_LOG_FATAL);
+    av_max_alloc(kMaxFFmpegAllocation);
+  });
 }
 
 std::int64_t PacketTime(const AVPacket* p) { return p->pts != AV_NOPTS_VALUE ? p->pts : p->dts; }

@@ -3,7 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
 #include <cstring>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "base/memory_stream.h"
 #include "codec_fixtures.h"
@@ -263,3 +267,31 @@ TEST(FFmpegSource, RF64FilesAbove4GBReadToTheirEnd) {
 }
 
 #endif
+
+TEST(FFmpegSource, ATinyFileWhoseTagClaimsGigabytesIsOpenedWithoutTakingThem) {
+  // 125 bytes a fuzzer found: two fmt chunks, the first of 0 bits, and a LIST
+  // whose INAM claims 1.6 GB. FFmpeg's WAVE demuxer asked for all of it.
+  const Bytes file = {
+      'R', 'I', 'F', 'F', 0xb4, 0x01, 0, 0, 'W', 'A', 'V', 'E', 'f', 'm', 't', ' ', 0x10, 0, 0, 0, 1, 0, 1, 0,
+      0x40, 0x1f, 0, 0, 0x80, 0x3e, 0, 0, 2, 0, 0, 0, 'f', 'm', 't', ' ', 0x10, 0, 0, 0, 1, 0, 1, 0, 0x40, 0x1f,
+      0, 0, 0x80, 0x3e, 0, 0, 2, 0, 0x10, 0, 'L', 'I', 'S', 'T', 0x2a, 'm', 'd', 'l', 'I', 'N', 'F', 'O', 'I',
+      'N', 'A', 'M', 0x08, 0, '"', 'c', 'o', 'n', 't', 'e', 'n', 't', '"', '2', 0xcb, '0', '2', '2', 1, 0, 0,
+      0, 0x18, 0, 0, 0, '5', '9', '.', '2', '7', '.', '1', '0', '0', 0, 'd', 'a', 't', 'a', 0xff, 0xff, 0xff,
+      0xb0, '"', 0, 0, 0xff, 'F', 0, 0};
+  ASSERT_EQ(file.size(), 125u);
+  // Measured in a child of its own, whose peak is not the test program's.
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    LSoundSource s = LFFmpegSource::Open(std::make_unique<LMemoryStream>(file), "fuzz.mkv");
+    std::vector<float> block(static_cast<std::size_t>(1000 * std::max<int>(1, s.GetChannels())));
+    if (!s.IsError()) s.Read(block.data(), 1000);
+    _exit(0);
+  }
+  int status = 0;
+  rusage usage{};
+  ASSERT_EQ(wait4(child, &status, 0, &usage), child);
+  ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+  EXPECT_LT(usage.ru_maxrss, 512L * 1024) << "kilobytes at the child's peak";
+}
