@@ -3,11 +3,24 @@
 #include <algorithm>
 
 #include "formats/little_endian.h"
+#include "formats/pcm_file_sink.h"
 #include "formats/wave_format.h"
 
 namespace {
 // What a source without a usable rate falls back to.
 constexpr std::uint32_t kFallbackRate = 44100;
+
+// The size of the data chunk whose header stands at at, or false when none does.
+bool DataHeaderAt(LByteStream& stream, long long at, std::uint32_t* size) {
+  unsigned char header[kLRiffChunkHeaderBytes];
+  if (!stream.Seek(at) || !stream.ReadAll(header, sizeof header) || LGetLE32(header) != kLRiffIdData) return false;
+  *size = LGetLE32(header + 4);
+  return true;
+}
+
+// Where a writer that has not closed puts the header after the chunk that begins extent i.
+long long ChunkCapacity(size_t i) { return i == 0 ? kLPCMFirstChunkMax : kLPCMFurtherChunkMax; }
+
 }  // namespace
 
 LSRCPCMFileBase::LSRCPCMFileBase(std::unique_ptr<LByteStream> stream, std::uint32_t sampleRate, int channels,
@@ -35,24 +48,34 @@ LSRCPCMFileBase::LSRCPCMFileBase(std::unique_ptr<LByteStream> stream, std::uint3
     frameCount_ = 0;
     return;
   }
+  firstDataSize_ = dataSize;
   frameCount_ = ScanExtents(dataSize);
 }
 
 long long LSRCPCMFileBase::ScanExtents(std::uint32_t firstDataSize) const {
   extents_.clear();
-  extents_.push_back({dataStart_, dataStart_ + firstDataSize});
-  long long total = firstDataSize;
+  std::uint32_t size = 0;
+  long long first = firstDataSize;
+  // A writer still at work (or killed) has put its next header where its chunk
+  // geometry says, not where the provisional size points.
+  if (firstDataSize >= kLWaveProvisionalDataSize && DataHeaderAt(*stream_, dataStart_ + kLPCMFirstChunkMax, &size)) {
+    first = kLPCMFirstChunkMax;
+  }
+  extents_.push_back({dataStart_, dataStart_ + first});
+  long long total = first;
   bool unknown = false;
-  long long at = dataStart_ + firstDataSize;
-  unsigned char header[kLRiffChunkHeaderBytes];
-  while (stream_->Seek(at) && stream_->ReadAll(header, sizeof header) && LGetLE32(header) == kLRiffIdData) {
-    std::uint32_t size = LGetLE32(header + 4);
+  long long at = dataStart_ + first;
+  while (DataHeaderAt(*stream_, at, &size)) {
     at += kLRiffChunkHeaderBytes;
     if (size == 0) {
-      // A chunk that its writer has not sized yet: the data go on from here.
-      unknown = true;
-      extents_.push_back({at, at});
-      break;
+      // A chunk that its writer has not sized yet: full unless it is the one being written.
+      std::uint32_t next = 0;
+      if (!DataHeaderAt(*stream_, at + kLPCMFurtherChunkMax, &next)) {
+        unknown = true;
+        extents_.push_back({at, at});
+        break;
+      }
+      size = kLPCMFurtherChunkMax;
     }
     extents_.push_back({at, at + size});
     total += size;
@@ -67,24 +90,21 @@ long long LSRCPCMFileBase::GetEndSample() const {
   if (frameCount_ >= 0) return frameCount_;
   if (!stream_) return 0;
   // The writer puts the true size in front of the data when it closes.
+  std::uint32_t dataSize = firstDataSize_;
   unsigned char size[4];
-  if (dataStart_ >= 4 && stream_->Seek(dataStart_ - 4) && stream_->ReadAll(size, sizeof size)) {
-    streamAt_ = -1;
-    std::uint32_t dataSize = LGetLE32(size);
-    if (dataSize < kLWaveProvisionalDataSize) {
-      long long count = ScanExtents(dataSize);
-      if (count >= 0) return frameCount_ = count;
-    }
-  }
-  streamAt_ = -1;
-  long long fileSize = stream_->Size();
-  return fileSize > dataStart_ ? (fileSize - dataStart_) / bytesPerFrame_ : 0;
+  if (dataStart_ >= 4 && stream_->Seek(dataStart_ - 4) && stream_->ReadAll(size, sizeof size)) dataSize = LGetLE32(size);
+  const long long count = ScanExtents(dataSize);
+  if (count >= 0) return frameCount_ = count;
+  // The chunks found so far, the last as far as the file reaches; their headers are not samples.
+  long long bytes = 0;
+  for (size_t i = 0; i + 1 < extents_.size(); ++i) bytes += extents_[i].end - extents_[i].begin;
+  bytes += std::max(0LL, stream_->Size() - extents_.back().begin);
+  return bytes / bytesPerFrame_;
 }
 
 long long LSRCPCMFileBase::ReadFrames(unsigned char* dst, long long at, long long frames) {
   if (!stream_) return 0;
-  const bool known = frameCount_ >= 0;
-  if (known) {
+  if (frameCount_ >= 0) {
     if (at >= frameCount_) return 0;
     frames = std::min(frames, frameCount_ - at);
   }
@@ -93,6 +113,7 @@ long long LSRCPCMFileBase::ReadFrames(unsigned char* dst, long long at, long lon
   while (got < want) {
     // The extent holding data byte at * bytesPerFrame_ + got; while the length is
     // unknown the last extent reaches as far as the file does.
+    const bool known = frameCount_ >= 0;
     long long skip = at * bytesPerFrame_ + got;
     size_t i = 0;
     for (; i < extents_.size(); ++i) {
@@ -103,7 +124,19 @@ long long LSRCPCMFileBase::ReadFrames(unsigned char* dst, long long at, long lon
     if (i == extents_.size()) break;
     const long long fileAt = extents_[i].begin + skip;
     long long n = want - got;
-    if (known || i + 1 < extents_.size()) n = std::min(n, extents_[i].end - fileAt);
+    if (known || i + 1 < extents_.size()) {
+      n = std::min(n, extents_[i].end - fileAt);
+    } else {
+      // A growing file gets its next chunk header here once the writer gets so far.
+      const long long mark = extents_[i].begin + ChunkCapacity(i);
+      if (fileAt < mark) {
+        n = std::min(n, mark - fileAt);
+      } else if (fileAt == mark) {
+        const size_t before = extents_.size();
+        (void)GetEndSample();
+        if (extents_.size() != before || frameCount_ >= 0) continue;
+      }
+    }
     if (n <= 0) break;
     if (streamAt_ != fileAt && !stream_->Seek(fileAt)) {
       streamAt_ = -1;

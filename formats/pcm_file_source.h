@@ -48,6 +48,7 @@ class LSRCPCMFileBase : public LSoundSourceBase {
 
   std::unique_ptr<LByteStream> stream_;
   long long dataStart_ = 0;
+  std::uint32_t firstDataSize_ = 0;
   mutable long long frameCount_ = -1;
   long long position_ = 0;
   mutable LArray<Extent> extents_;

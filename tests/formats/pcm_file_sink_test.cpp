@@ -34,6 +34,11 @@ class LateSink : public LSNKPCMFile<LSF16> {
   LateSink(const SparseStream& stream, long long frames)
       : LSNKPCMFile<LSF16>(std::make_unique<SparseStream>(stream), 44100, 2, LWaveHeaderKind::kPlain) {
     SetPosition(frames);
+    // The placeholder headers that the writer put before the chunks it filled.
+    const unsigned char placeholder[8] = {'d', 'a', 't', 'a', 0, 0, 0, 0};
+    for (long long b = kLPCMFirstChunkMax; b < frames * 4; b += kLPCMFurtherChunkMax) {
+      EXPECT_TRUE(Stream()->Seek(Geometry().FileOffset(b)) && Stream()->WriteAll(placeholder, 8));
+    }
     EXPECT_TRUE(Stream()->Seek(Geometry().FileOffset(frames * 4)));
   }
 };
@@ -204,7 +209,15 @@ TEST(PCMFileSink, WritingAcrossChunkBoundariesGivesChunksThatReadAsOneStream) {
     {
       LateSink sink(file, start);
       const std::vector<float> marks = Marks(start, 300);
-      sink.Write(marks.data(), 300);  // crosses one boundary in one call
+      sink.Write(marks.data(), 50);
+      // A reader of the file still being written finds the chunk headers where the writer puts them.
+      LSoundSource growing = LWaveFile::OpenSource(std::make_unique<SparseStream>(file));
+      sink.Write(marks.data() + 100, 250);  // crosses one boundary in one call
+      EXPECT_TRUE(growing.IsStreaming());
+      EXPECT_EQ(growing.GetEndSample(), start + 300);
+      growing.Seek(start);
+      EXPECT_EQ(ReadFrames(growing, 300, 7), marks);
+      EXPECT_EQ(LWaveFile::OpenSource(std::make_unique<SparseStream>(file)).GetEndSample(), start + 300);
     }
     SparseStream reader = file;
     const long long total = (start + 300) * 4;
