@@ -71,6 +71,10 @@ LSoundSource PCM(std::unique_ptr<LByteStream> stream, std::uint32_t rate, int ch
 
 template <class Tag>
 LSoundSource G711(std::unique_ptr<LByteStream> stream, std::uint32_t rate, int channels, std::uint32_t dataSize) {
+  // A provisional size (a writer into a pipe puts all ones) is no length: the PCM reader follows the file instead.
+  if (dataSize >= kLWaveProvisionalDataSize) {
+    return PCM<Tag>(std::move(stream), rate, channels, kG711MaxAmplitude, dataSize);
+  }
   return LMakeSource<LRawFileDataSoundSource<Tag>>(std::move(stream), rate, channels, kG711MaxAmplitude,
                                                    static_cast<long long>(dataSize));
 }

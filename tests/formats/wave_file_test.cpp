@@ -162,6 +162,16 @@ TEST(WaveFile, AProvisionalDataSizeMakesTheLengthFollowTheStream) {
   EXPECT_TRUE(source.IsStreaming());
   EXPECT_EQ(source.GetEndSample(), 10);
   EXPECT_EQ(ReadFrames(source, 12)[9], 9 / 32767.0f);
+  Bytes codes(20);
+  for (size_t i = 0; i < codes.size(); ++i) codes[i] = static_cast<unsigned char>(i * 13);
+  for (std::uint16_t tag : {kLWaveTagALaw, kLWaveTagMuLaw}) {
+    const Bytes fmt = Chunk("fmt ", FmtBody(tag, 2, 8000, 8));
+    LSoundSource g711 = OpenWave(RiffWave({fmt, Chunk("data", codes, 0xFFFFFFFF)}));
+    EXPECT_TRUE(g711.IsStreaming()) << tag;
+    EXPECT_EQ(g711.GetEndSample(), 10) << tag;
+    LSoundSource sized = OpenWave(RiffWave({fmt, Chunk("data", codes)}));
+    EXPECT_EQ(ReadFrames(g711, 12), ReadFrames(sized, 12)) << tag;
+  }
 }
 
 TEST(WaveFile, FilesOpenWithTheirCodesLeaveNoDescriptorAndADeletingSourceRemovesItsFileWithTheLastHandle) {
