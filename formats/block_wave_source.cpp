@@ -5,6 +5,11 @@
 #include "engine/sample_format.h"
 #include "formats/read_in_steps.h"
 
+long long LBlockWaveFrames(long long blockFrames, long long factFrames, bool provisional) {
+  if (provisional || factFrames <= 0) return blockFrames;
+  return std::min(blockFrames, factFrames);
+}
+
 LBlockWaveSourceBase::LBlockWaveSourceBase(std::unique_ptr<LByteStream> stream, std::uint32_t sampleRate,
                                            int blockBytes, int samplesPerBlock, long long frames, int bufferBytes)
     : LSoundSourceBase(sampleRate, 1),

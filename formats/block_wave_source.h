@@ -10,6 +10,12 @@
 #include "base/byte_stream.h"
 #include "engine/sound_source.h"
 
+// The frames of block-coded data: the blocks' frames, cut to the fact chunk's
+// count (-1 without one) where that is smaller, since the last block is coded in
+// full. A count of 0 or one beside a provisional size is a writer's placeholder
+// and is not taken.
+[[nodiscard]] long long LBlockWaveFrames(long long blockFrames, long long factFrames, bool provisional);
+
 class LBlockWaveSourceBase : public LSoundSourceBase {
  public:
   void Read(float* out, long long frames) override;

@@ -51,10 +51,12 @@ LWaveHeaderLayout WriterLayout(std::uint32_t sampleRate) {
 
 }  // namespace
 
-LSoundSource LGSMWaveOpenSource(std::unique_ptr<LByteStream> stream, std::uint32_t sampleRate, std::uint32_t dataSize) {
+LSoundSource LGSMWaveOpenSource(std::unique_ptr<LByteStream> stream, std::uint32_t sampleRate, std::uint32_t dataSize,
+                                long long factFrames) {
   long long streamBytes = 0;
   if (stream) streamBytes = stream->Size() - stream->Tell();
-  const long long frames = LGSMFrameCount(dataSize, streamBytes);
+  const long long frames = LBlockWaveFrames(LGSMFrameCount(dataSize, streamBytes), factFrames,
+                                            dataSize >= kLWaveProvisionalDataSize);
   return LMakeSource<LGSMWaveSource>(std::move(stream), sampleRate, frames);
 }
 
@@ -119,7 +121,7 @@ int LGSMWaveSink::EncodeBlock(const std::int16_t* samples, int count, unsigned c
 
 #else
 
-LSoundSource LGSMWaveOpenSource(std::unique_ptr<LByteStream>, std::uint32_t, std::uint32_t) {
+LSoundSource LGSMWaveOpenSource(std::unique_ptr<LByteStream>, std::uint32_t, std::uint32_t, long long) {
   return LSoundSource::Error(kLSourceCodecMissing);
 }
 LSoundSink LGSMWaveOpenSink(const char*, std::uint32_t) { return LSoundSink::Error(); }

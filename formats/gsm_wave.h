@@ -20,9 +20,10 @@ constexpr int kLGSMSamplesPerBlock = 320;
 // to the end of the file) stands in for a provisional data size.
 [[nodiscard]] long long LGSMFrameCount(std::uint32_t dataSize, long long streamBytes);
 
-// The reader over a stream that stands at the first block, or an error source with code 7 without libgsm.
+// The reader over a stream that stands at the first block, or an error source with code 7 without libgsm;
+// factFrames is the fact chunk's count, -1 without one.
 [[nodiscard]] LSoundSource LGSMWaveOpenSource(std::unique_ptr<LByteStream> stream, std::uint32_t sampleRate,
-                                              std::uint32_t dataSize);
+                                              std::uint32_t dataSize, long long factFrames = -1);
 // The writer, or the error sink without libgsm.
 [[nodiscard]] LSoundSink LGSMWaveOpenSink(const char* path, std::uint32_t sampleRate);
 [[nodiscard]] LSoundSink LGSMWaveOpenSink(std::unique_ptr<LByteStream> stream, std::uint32_t sampleRate);

@@ -52,10 +52,11 @@ long long LIMAFrameCount(int blockAlign, std::uint32_t dataSize, long long strea
 }
 
 LSoundSource LIMASoundSource::Open(std::unique_ptr<LByteStream> stream, std::uint32_t sampleRate, int blockAlign,
-                                   std::uint32_t dataSize) {
+                                   std::uint32_t dataSize, long long factFrames) {
   long long streamBytes = 0;
   if (stream) streamBytes = stream->Size() - stream->Tell();
-  const long long frames = LIMAFrameCount(blockAlign, dataSize, streamBytes);
+  const long long frames =
+      LBlockWaveFrames(LIMAFrameCount(blockAlign, dataSize, streamBytes), factFrames, dataSize == 0xFFFFFFFFu);
   return LMakeSource<LIMASoundSource>(std::move(stream), sampleRate, blockAlign, frames);
 }
 

@@ -25,9 +25,9 @@ constexpr int kLIMAWriterBlockBytes = 1024;
 
 class LIMASoundSource final : public LBlockWaveSourceBase {
  public:
-  // The stream stands at the first block.
+  // The stream stands at the first block; factFrames is the fact chunk's count, -1 without one.
   [[nodiscard]] static LSoundSource Open(std::unique_ptr<LByteStream> stream, std::uint32_t sampleRate, int blockAlign,
-                                         std::uint32_t dataSize);
+                                         std::uint32_t dataSize, long long factFrames = -1);
 
   LIMASoundSource(std::unique_ptr<LByteStream> stream, std::uint32_t sampleRate, int blockAlign, long long frames);
 

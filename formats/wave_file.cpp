@@ -40,12 +40,20 @@ bool ReadChunkHeader(LByteStream& stream, ChunkHeader& header) {
 }
 
 // Reads chunk headers, skipping bodies, up to the header of a chunk with the id.
-bool FindChunk(LByteStream& stream, std::uint32_t id, ChunkHeader& header) {
+// factFrames, when given, receives the frame count of a fact chunk passed on the way.
+bool FindChunk(LByteStream& stream, std::uint32_t id, ChunkHeader& header, long long* factFrames = nullptr) {
   while (ReadChunkHeader(stream, header)) {
     if (header.id == id) return true;
     const std::uint64_t rounded = (static_cast<std::uint64_t>(header.size) + 1) & ~1ULL;
     if (rounded > static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max())) return false;
-    if (!stream.SeekRelative(static_cast<long long>(rounded))) return false;
+    long long skip = static_cast<long long>(rounded);
+    unsigned char count[4];
+    if (factFrames && header.id == kLRiffIdFact && header.size >= sizeof count) {
+      if (!stream.ReadAll(count, sizeof count)) return false;
+      *factFrames = LGetLE32(count);
+      skip -= static_cast<long long>(sizeof count);
+    }
+    if (!stream.SeekRelative(skip)) return false;
   }
   return false;
 }
@@ -133,7 +141,8 @@ LSoundSource LWaveFile::OpenSource(std::unique_ptr<LByteStream> stream, LWaveFil
   }
   if (format) *format = LWaveFileFormat{tag, channels, rate, bits, false};
 
-  if (!FindChunk(*stream, kLRiffIdData, header)) return LSoundSource::Error(kLSourceDamaged);
+  long long factFrames = -1;
+  if (!FindChunk(*stream, kLRiffIdData, header, &factFrames)) return LSoundSource::Error(kLSourceDamaged);
   if (channels < 1 || channels > kLWaveMaxChannels || rate < 1 || rate > kLWaveMaxSampleRate) {
     return LSoundSource::Error(kLSourceDamaged);
   }
@@ -155,9 +164,9 @@ LSoundSource LWaveFile::OpenSource(std::unique_ptr<LByteStream> stream, LWaveFil
       return G711<LSFULAW>(std::move(stream), rate, channels, dataSize);
     case kLWaveTagIMAADPCM:
       if (channels != 1) return LSoundSource::Error(kLSourceCodecMissing);
-      return LIMASoundSource::Open(std::move(stream), rate, blockAlign, dataSize);
+      return LIMASoundSource::Open(std::move(stream), rate, blockAlign, dataSize, factFrames);
     case kLWaveTagGSM610:
-      return LGSMWaveOpenSource(std::move(stream), rate, dataSize);
+      return LGSMWaveOpenSource(std::move(stream), rate, dataSize, factFrames);
     case kLWaveTagMPEGLayer3:
     case kLWaveTagTrueSpeech:
     case kLWaveTagSharpG726:

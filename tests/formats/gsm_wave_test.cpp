@@ -48,6 +48,10 @@ TEST(GSMWave, TheWriterRoundTripsThroughTheReaderAndSoxDecodesItToTheSameSamples
   EXPECT_LT(error / signal, 0.2);
   source.Seek(0);
   EXPECT_EQ(ReadFrames(source, 8000, 320), got);
+  // The fact chunk's count, not the last block's 320 frames, ends a shorter sound.
+  SparseStream shorter;
+  LGSMWaveOpenSink(std::make_unique<SparseStream>(shorter), 8000).Write(sine.data(), 1000);
+  EXPECT_EQ(LWaveFile::OpenSource(std::make_unique<SparseStream>(shorter)).GetEndSample(), 1000);
 
   if (!HaveTool("sox")) return;
   ASSERT_TRUE(RunTool("sox " + path + " -t raw -e signed -b 16 " + folder.File("g.raw")));

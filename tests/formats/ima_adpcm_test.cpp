@@ -20,7 +20,7 @@ TEST(IMAADPCM, FrameCountFollowsBlocksAndAnyRemainderOfAtLeastFourBytes) {
 
 TEST(IMAADPCM, TheMonoWriterRoundTripsThroughOurReaderAndFfmpegWithinTheCodecsPrecision) {
   TempFolder folder;
-  // The last block of 919 samples is filled up to 1 + 8 * 115: two more frames.
+  // The last block of 919 samples is filled up to 1 + 8 * 115; the fact chunk's count cuts the two frames off.
   const std::vector<float> sine = SineFrames(5001, 1, 8000, 440.0, 0.5);
   const std::string path = folder.File("ima.wav");
   {
@@ -39,8 +39,8 @@ TEST(IMAADPCM, TheMonoWriterRoundTripsThroughOurReaderAndFfmpegWithinTheCodecsPr
   EXPECT_EQ(b.size(), 60u + 2 * 1024 + 464);
   LSoundSource source = LWaveFile::OpenSource(path.c_str());
   ASSERT_EQ(source.GetErrorCode(), kLSourceOK);
-  EXPECT_EQ(source.GetEndSample(), 5003);
-  std::vector<float> got = ReadFrames(source, 5003);
+  EXPECT_EQ(source.GetEndSample(), 5001);
+  std::vector<float> got = ReadFrames(source, 5001);
   float worst = 0;
   // The step size starts at its smallest: the first samples are still catching up.
   for (int i = 10; i < 5001; ++i) worst = std::max(worst, std::fabs(got[i] - sine[i]));
@@ -48,7 +48,7 @@ TEST(IMAADPCM, TheMonoWriterRoundTripsThroughOurReaderAndFfmpegWithinTheCodecsPr
   EXPECT_EQ(got[0], std::round(sine[0] * 32767.0f) / 32767.0f);
   EXPECT_EQ(got[2041], std::round(sine[2041] * 32767.0f) / 32767.0f);  // each block starts exact
   source.Seek(0);
-  EXPECT_EQ(ReadFrames(source, 5003, 234), got);
+  EXPECT_EQ(ReadFrames(source, 5001, 234), got);
   source.Seek(4000);
   EXPECT_EQ(ReadFrames(source, 3)[0], got[4000]);
   EXPECT_TRUE(LWaveFile::OpenSink(folder.File("s.wav").c_str(), LWaveFileFormat{kLWaveTagIMAADPCM, 2, 8000, 4, false})
@@ -59,7 +59,7 @@ TEST(IMAADPCM, TheMonoWriterRoundTripsThroughOurReaderAndFfmpegWithinTheCodecsPr
   if (!HaveTool("ffmpeg")) return;
   ASSERT_TRUE(RunTool("ffmpeg -v error -y -i " + path + " -f s16le " + folder.File("out.raw")));
   const Bytes pcm = FileBytes(folder.File("out.raw"));
-  ASSERT_EQ(pcm.size() / 2, got.size());
+  ASSERT_EQ(pcm.size() / 2, got.size() + 2);  // ffmpeg decodes the filled-up block whole, not to the fact count
   for (size_t i = 0; i < got.size(); ++i) {
     ASSERT_NEAR(static_cast<std::int16_t>(GetLE16(pcm, 2 * i)), got[i] * 32767.0f, 328.0f) << i;
   }
