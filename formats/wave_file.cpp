@@ -6,6 +6,7 @@
 
 #include "base/file_stream.h"
 #include "base/platform_file.h"
+#include "formats/ffmpeg_source.h"
 #include "formats/gsm_wave.h"
 #include "formats/ima_adpcm.h"
 #include "formats/little_endian.h"
@@ -13,6 +14,7 @@
 #include "formats/pcm_file_source.h"
 #include "formats/raw_data_sink.h"
 #include "formats/raw_data_source.h"
+#include "formats/riff_chunk_stream.h"
 #include "formats/wave_header.h"
 
 namespace {
@@ -167,7 +169,12 @@ LSoundSource LWaveFile::OpenSource(std::unique_ptr<LByteStream> stream, LWaveFil
       return LIMASoundSource::Open(std::move(stream), rate, blockAlign, dataSize, factFrames);
     case kLWaveTagGSM610:
       return LGSMWaveOpenSource(std::move(stream), rate, dataSize, factFrames);
-    case kLWaveTagMPEGLayer3:
+    case kLWaveTagMPEGLayer3: {
+      // The data chunk holds plain MP3 frames: our MP3 reader takes them as an MP3 file.
+      const long long begin = stream->Tell();
+      const long long size = dataSize >= kLWaveProvisionalDataSize ? -1 : static_cast<long long>(dataSize);
+      return LFFmpegSource::Open(std::make_unique<LRiffChunkStream>(std::move(stream), begin, size), "data.mp3");
+    }
     case kLWaveTagTrueSpeech:
     case kLWaveTagSharpG726:
       return LSoundSource::Error(kLSourceCodecMissing);

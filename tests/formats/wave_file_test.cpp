@@ -6,8 +6,11 @@
 #include <cstring>
 #include <random>
 
+#include "formats/ffmpeg_source.h"
+#include "formats/mp3_sink.h"
 #include "formats/wave_format.h"
 #include "support/temp_folder.h"
+#include "codec_fixtures.h"
 #include "wave_fixtures.h"
 
 namespace {
@@ -77,7 +80,7 @@ TEST(WaveFile, FormatTagsWithoutAReaderGiveTheirCodesAndStillReportTheFormat) {
   for (std::uint16_t tag : {2, 4, 5, 0x50, 0x1234}) {
     EXPECT_EQ(ErrorOf(WaveFile(tag, 1, 8000, 16, {})), kLSourceUnsupported) << tag;
   }
-  for (std::uint16_t tag : {kLWaveTagTrueSpeech, kLWaveTagSharpG726, kLWaveTagMPEGLayer3}) {
+  for (std::uint16_t tag : {kLWaveTagTrueSpeech, kLWaveTagSharpG726}) {
     EXPECT_EQ(ErrorOf(WaveFile(tag, 1, 8000, 16, {})), kLSourceCodecMissing) << tag;
   }
   EXPECT_EQ(ErrorOf(RiffWave({Chunk("fmt ", FmtBody(kLWaveTagIMAADPCM, 2, 8000, 4, 512)), Chunk("data", {})})),
@@ -230,3 +233,31 @@ TEST(WaveFile, TruncatedAndDamagedFilesReadSafely) {
     ReadFrames(source, 40, 13);
   }
 }
+
+#if defined(SONVALE_HAVE_FFMPEG) && defined(SONVALE_HAVE_LAME)
+TEST(WaveFile, MP3FramesInsideWaveReadAsTheSameFramesInAnMP3File) {
+  TempFolder folder;
+  const std::string mp3 = folder.File("a.mp3");
+  {
+    LSNKMP3 sink(mp3.c_str(), LMP3SinkFormat{22050, 1, 64, 2});
+    const std::vector<float> sine = SineFrames(5000, 1, 22050, 300.0);
+    sink.Write(sine.data(), 5000);
+  }
+  LSoundSource plain = LFFmpegSource::Open(mp3.c_str());
+  ASSERT_EQ(plain.GetErrorCode(), kLSourceOK);
+  const std::vector<float> expect = ReadWhole(plain);
+  Bytes extra(12, 0);  // MPEG layer 3 fields that the frames repeat
+  const Bytes fmt = Chunk("fmt ", FmtBody(kLWaveTagMPEGLayer3, 1, 22050, 0, 1, &extra));
+  // The chunk after the frames is not taken for more of them; a size left by a writer into a pipe reaches to the end.
+  for (std::uint32_t size : {0u, 0xFFFFFFFFu}) {
+    const Bytes frames = FileBytes(mp3);
+    const Bytes after = size ? Bytes{} : Chunk("LIST", Bytes(4000, 0xFF));
+    Bytes file = RiffWave({fmt, Chunk("data", frames, size ? static_cast<long long>(size) : -1LL), after});
+    LSoundSource wrapped = OpenWave(file);
+    ASSERT_EQ(wrapped.GetErrorCode(), kLSourceOK) << size;
+    EXPECT_EQ(wrapped.GetSampleRate(), 22050u);
+    EXPECT_EQ(ReadWhole(wrapped), expect) << size;
+  }
+  EXPECT_NE(ErrorOf(RiffWave({fmt, Chunk("data", Bytes(100, 0))})), kLSourceOK);
+}
+#endif
