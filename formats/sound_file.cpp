@@ -158,22 +158,27 @@ LSoundSource OpenAny(const Origin& origin, LSoundFileInfo* out) {
   LSoundFileInfo* info = out ? out : &scratch;
   unsigned char head[kSniffBytes] = {};
   std::size_t got = 0;
+  bool aiff = false;
+  bool wave = false;
   {
     auto stream = origin.Open();
     if (!stream) return LSoundSource::Error(kLSourceCannotOpen);
     const long long n = stream->Read(head, sizeof head);
     got = n > 0 ? static_cast<std::size_t>(n) : 0;
+    aiff = LAiffFile::IsAiff(head, got);
+    // Also behind a leading chunk of another kind, whatever the name says.
+    wave = !aiff && LWaveFile::HasContainer(*stream);
   }
   const std::string ext = Extension(origin.Name());
-  const bool wave = got >= kSniffBytes && std::memcmp(head, "RIFF", 4) == 0 && std::memcmp(head + 8, "WAVE", 4) == 0;
-  const bool aiff = LAiffFile::IsAiff(head, got);
 
   // Our own reader first when the content names it.
   LSoundSource own;
   LSoundFileInfo ownInfo;
   if (wave || aiff) {
     own = wave ? OpenWave(origin, &ownInfo) : OpenAiff(origin, &ownInfo);
-    if (!own.IsError() || !WorthAnotherReader(own.GetErrorCode())) {
+    // A damaged WAVE file keeps our reader's answer: FFmpeg would read it by other rules.
+    const bool damagedWave = wave && own.GetErrorCode() == kLSourceDamaged;
+    if (!own.IsError() || damagedWave || !WorthAnotherReader(own.GetErrorCode())) {
       *info = ownInfo;
       return own;
     }

@@ -15,6 +15,7 @@
 #include "formats/raw_data_sink.h"
 #include "formats/raw_data_source.h"
 #include "formats/riff_chunk_stream.h"
+#include "formats/riff_chunk_walker.h"
 #include "formats/wave_header.h"
 
 namespace {
@@ -24,6 +25,8 @@ constexpr float kFloatMaxAmplitude = 16.0f;
 constexpr float kG711MaxAmplitude = 1.0f;
 constexpr int kRiffHeaderBytes = 12;
 constexpr int kG711HeaderBytes = 58;
+// Leading chunks that a sniff steps over before it gives up.
+constexpr int kSniffChunks = 16;
 constexpr std::uint32_t kMaxSize32 = 0xFFFFFFFFu;
 // Dither is not worth its noise at telephone rates and below.
 constexpr int kDitherAboveRate = 8000;
@@ -60,12 +63,15 @@ bool FindChunk(LByteStream& stream, std::uint32_t id, ChunkHeader& header, long 
   return false;
 }
 
-// Steps over top-level chunks of other kinds up to the RIFF/WAVE container.
-bool FindContainer(LByteStream& stream) {
+// Steps over top-level chunks of other kinds up to the RIFF/WAVE container. A
+// sniff steps only over chunks whose ids look like ids, and over few of them, so
+// that other formats are turned away at once.
+bool FindContainer(LByteStream& stream, bool sniff = false) {
   unsigned char head[kRiffHeaderBytes];
-  for (;;) {
+  for (int chunks = 0;; ++chunks) {
     if (!stream.ReadAll(head, sizeof head)) return false;
     if (LGetLE32(head) == kLRiffIdRiff && LGetLE32(head + 8) == kLRiffIdWave) return true;
+    if (sniff && (chunks >= kSniffChunks || !LRiffIdLooksValid(LGetLE32(head)))) return false;
     // 32-bit arithmetic on purpose: a size of all ones rounds to 0 and fails.
     const std::uint32_t rounded = (LGetLE32(head + 4) + 1u) & ~1u;
     if (rounded < 5) return false;
@@ -182,6 +188,8 @@ LSoundSource LWaveFile::OpenSource(std::unique_ptr<LByteStream> stream, LWaveFil
       return LSoundSource::Error(kLSourceUnsupported);
   }
 }
+
+bool LWaveFile::HasContainer(LByteStream& stream) { return stream.Seek(0) && FindContainer(stream, true); }
 
 LSoundSource LWaveFile::OpenSourceDeletingFileWhenClosed(const char* path) {
   return LMakeSource<LWavSourceDeleteWhenClosed>(OpenSource(path), path);

@@ -29,6 +29,9 @@ class LWaveFile {
   [[nodiscard]] static LSoundSource OpenSource(const char* path, LWaveFileFormat* format = nullptr);
   // The same over bytes in memory or any other stream (it stands at the file's start).
   [[nodiscard]] static LSoundSource OpenSource(std::unique_ptr<LByteStream> stream, LWaveFileFormat* format = nullptr);
+  // True when the stream holds a RIFF/WAVE container at its start or behind a few
+  // top-level chunks of other kinds, as OpenSource finds it.
+  [[nodiscard]] static bool HasContainer(LByteStream& stream);
   // The reader of a temporary file that is removed when the source is destroyed.
   [[nodiscard]] static LSoundSource OpenSourceDeletingFileWhenClosed(const char* path);
 

@@ -67,15 +67,18 @@ TEST(SoundFile, ContentComesBeforeTheExtension) {
   EXPECT_EQ(info.formatName, "aiff");
   EXPECT_EQ(s.GetEndSample(), 500);
 
-  // A WAVE file that starts with a chunk of another kind is found by its extension.
+  // A WAVE file that starts with a chunk of another kind is found whatever its name.
   Bytes leading = Chunk("JUNK", Bytes(12, 0));
   const Bytes body = WaveFile(1, 1, 8000, 16, Staircase16(50, 1));
   leading.insert(leading.end(), body.begin(), body.end());
-  const std::string junk = folder.File("vorne.wav");
-  WriteFileBytes(junk, leading);
-  s = LSoundFile::OpenSource(junk.c_str());
-  ASSERT_FALSE(s.IsError()) << int(s.GetErrorCode());
-  EXPECT_EQ(s.GetEndSample(), 50);
+  for (const char* name : {"vorne.wav", "vorne.dat"}) {
+    const std::string junk = folder.File(name);
+    WriteFileBytes(junk, leading);
+    s = LSoundFile::OpenSource(junk.c_str(), &info);
+    ASSERT_FALSE(s.IsError()) << name << " " << int(s.GetErrorCode());
+    EXPECT_EQ(s.GetEndSample(), 50) << name;
+    EXPECT_EQ(info.formatName, "wav") << name;
+  }
 
   // In memory as on disk.
   const Bytes bytes = FileBytes(wave);
@@ -99,6 +102,20 @@ TEST(SoundFile, FailuresAnswerTheirCodesAndGermanMessages) {
   EXPECT_EQ(s.GetErrorCode(), kLSourceUnsupported);
   EXPECT_EQ(LSoundFile::OpenErrorMessage(s, "müll.xyz", info),
             "Das Format der Datei \"müll.xyz\" wird nicht unterstützt.");
+
+  // Damaged WAVE files get our reader's answer, not another reader's reading by other rules.
+  const Bytes fmt = Chunk("fmt ", FmtBody(kLWaveTagPCM, 1, 8000, 16));
+  const Bytes data = Chunk("data", Staircase16(400, 1));
+  Bytes oddFmt = FmtBody(kLWaveTagPCM, 1, 8000, 16);
+  oddFmt.push_back(0);
+  for (const Bytes& damaged : {RiffWave({Chunk("fmt ", oddFmt), data}), RiffWave({data, fmt}),
+                               RiffWave({Chunk("fmt ", FmtBody(kLWaveTagPCM, 1, 196001, 16)), data})}) {
+    const std::string path = folder.File("kaputt.wav");
+    WriteFileBytes(path, damaged);
+    s = LSoundFile::OpenSource(path.c_str(), &info);
+    EXPECT_EQ(LSoundFile::OpenErrorMessage(s, "kaputt.wav", info),
+              "Die Datei \"kaputt.wav\" kann nicht geöffnet werden, da sie beschädigt ist.");
+  }
 
   const std::string raw = folder.File("roh.pcm");
   WriteFileBytes(raw, Staircase16(64, 1));
