@@ -464,7 +464,7 @@ LProcessResult LSoundFile::Save(LProcessInterface& process, LSoundSource source,
   if (result == kLProcessFailed) process.SetError(Fill(kWriteFailed, path).c_str());
   if (result != kLProcessSuccess) return result;
   if (format.kind == LSoundFileKind::kWave && !format.tags.Empty() &&
-      LWavTagsWrite(path, format.tags, rate) != LWavTagsResult::Ok) {
+      LWavTagsWrite(path, format.tags) != LWavTagsResult::Ok) {
     process.SetError(Fill(kWriteFailed, path).c_str());
     return kLProcessFailed;
   }

@@ -21,14 +21,6 @@ LWavTagsResult FromWriteResult(LRiffTagWriteResult result) {
   return LWavTagsResult::WriteFailed;
 }
 
-// Markers in milliseconds without a rate of their own would be taken for sample frames.
-bool MarkersNeedRate(const LFileTagDataAudio& tags) {
-  long long type = -1;
-  long long rate = 0;
-  return tags.MarkerCount() > 0 && LTagValueNumberGet(tags.Get(kLTagMarkerPosType), &type) &&
-         type == kLMarkerPosTypeMs && !(LTagValueNumberGet(tags.Get(kLTagMarkerSampleRate), &rate) && rate >= 1);
-}
-
 }  // namespace
 
 LStringLong LWavTagsResultMessage(LWavTagsResult result, const char* path) {
@@ -49,29 +41,16 @@ LStringLong LWavTagsResultMessage(LWavTagsResult result, const char* path) {
   return "Die Metadaten der Datei \"" + name + "\" konnten nicht vollständig geschrieben werden.";
 }
 
-LWavTagsResult LWavTagsWrite(LByteStream& file, const LFileTagDataAudio& tags, std::uint32_t sampleRate,
-                             const LWavTagsWriteOptions& options) {
-  if (!MarkersNeedRate(tags)) {
-    LWavTagWriter writer(file, tags, options.tempFolder, options.id3);
-    return FromWriteResult(writer.Write());
-  }
-  if (sampleRate == 0) {
-    LWavTagIterator reader(file);
-    if (!reader.Open()) return LWavTagsResult::NotWave;
-    sampleRate = reader.SampleRate();
-  }
-  LFileTagDataAudio withRate = tags;
-  if (sampleRate > 0) withRate.SetNumber(kLTagMarkerSampleRate, sampleRate);
-  LWavTagWriter writer(file, withRate, options.tempFolder, options.id3);
+LWavTagsResult LWavTagsWrite(LByteStream& file, const LFileTagDataAudio& tags, const LWavTagsWriteOptions& options) {
+  LWavTagWriter writer(file, tags, options.tempFolder, options.id3);
   return FromWriteResult(writer.Write());
 }
 
-LWavTagsResult LWavTagsWrite(const char* path, const LFileTagDataAudio& tags, std::uint32_t sampleRate,
-                             const LWavTagsWriteOptions& options) {
+LWavTagsResult LWavTagsWrite(const char* path, const LFileTagDataAudio& tags, const LWavTagsWriteOptions& options) {
   const int fd = LFileOpen(path, kLFileWrite, LFileLock::Exclusive);
   if (fd < 0) return LWavTagsResult::CannotOpen;
   LFileStream file(fd);
-  return LWavTagsWrite(file, tags, sampleRate, options);
+  return LWavTagsWrite(file, tags, options);
 }
 
 LWavTagsResult LWavTagsRead(LByteStream& file, LFileTagDataAudio* tags) {

@@ -5,8 +5,8 @@
 // LWavTagsWrite is called after the sound writer has closed the file. It
 // replaces the file's tag chunks (INFO, cue, id3, DISP, bext, cart, CSET) by
 // those of the set and leaves the audio alone; a file whose chunks run past its
-// end is refused untouched. Markers given in milliseconds are stored as sample
-// frames of the file's rate.
+// end is refused untouched. Markers in milliseconds are converted with their own
+// "marker_samplerate"; without one their positions are sample frames already.
 #include <cstdint>
 
 #include "base/byte_stream.h"
@@ -31,12 +31,10 @@ struct LWavTagsWriteOptions {
   LStringLong tempFolder;
 };
 
-// sampleRate converts markers in milliseconds that name no rate of their own;
-// 0 takes the rate from the file's fmt chunk.
 [[nodiscard]] LWavTagsResult LWavTagsWrite(LByteStream& file, const LFileTagDataAudio& tags,
-                                           std::uint32_t sampleRate = 0, const LWavTagsWriteOptions& options = {});
+                                           const LWavTagsWriteOptions& options = {});
 [[nodiscard]] LWavTagsResult LWavTagsWrite(const char* path, const LFileTagDataAudio& tags,
-                                           std::uint32_t sampleRate = 0, const LWavTagsWriteOptions& options = {});
+                                           const LWavTagsWriteOptions& options = {});
 
 // The tags of a WAVE file; *tags is replaced. Damaged tag chunks are read as far as they go.
 [[nodiscard]] LWavTagsResult LWavTagsRead(LByteStream& file, LFileTagDataAudio* tags);

@@ -167,15 +167,14 @@ float StoredBy(int writer, float x) {
 float Sample(long long i) { return static_cast<float>((i * 7919) % 65536 - 32768) / 32768.0f; }
 
 // Writes the tags, reads them back and compares with what the writer promises.
-void WriteTags(std::vector<unsigned char>& file, const LFileTagDataAudio& tags, std::uint32_t fileRate,
-               std::uint32_t rateArgument, bool id3) {
+void WriteTags(std::vector<unsigned char>& file, const LFileTagDataAudio& tags, std::uint32_t fileRate, bool id3) {
   bool looseUmid = false;
-  const FuzzTagMap expected = FuzzTagsAfterWrite(tags, fileRate, rateArgument, &looseUmid);
+  const FuzzTagMap expected = FuzzTagsAfterWrite(tags, fileRate, &looseUmid);
   LMemoryStream stream{std::vector<unsigned char>(file)};
   LWavTagsWriteOptions options;
   options.id3 = id3;
   options.tempFolder = TempFolder();
-  FuzzCheck(LWavTagsWrite(stream, tags, rateArgument, options) == LWavTagsResult::Ok,
+  FuzzCheck(LWavTagsWrite(stream, tags, options) == LWavTagsResult::Ok,
             "a file our writer wrote takes any tags");
   std::error_code error;
   FuzzCheck(std::filesystem::is_empty(TempFolder(), error) && !error, "the writer leaves no temporary file behind");
@@ -217,13 +216,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   const bool older = in.ConsumeBool();
   const LFileTagDataAudio old = older ? Tags(in) : LFileTagDataAudio();
-  const std::uint32_t oldRate = in.ConsumeBool() ? 0 : in.PickValueInArray(kMarkerRates);
   const bool oldId3 = in.ConsumeBool();
-  const std::uint32_t newRate = in.ConsumeBool() ? 0 : in.PickValueInArray(kMarkerRates);
   const bool newId3 = in.ConsumeBool();
   const LFileTagDataAudio tags = Tags(in);
-  if (older) WriteTags(file, old, fileRate, oldRate, oldId3);
-  WriteTags(file, tags, fileRate, newRate, newId3);
+  if (older) WriteTags(file, old, fileRate, oldId3);
+  WriteTags(file, tags, fileRate, newId3);
 
   // The sound is untouched.
   LSoundSource back = LWaveFile::OpenSource(std::make_unique<LMemoryStream>(file.data(), file.size()));

@@ -121,7 +121,7 @@ LWavTagsResult Write(Bytes& file, const LFileTagDataAudio& tags, bool id3) {
   LWavTagsWriteOptions options;
   options.id3 = id3;
   options.tempFolder = TempFolder();
-  const LWavTagsResult result = LWavTagsWrite(stream, tags, 0, options);
+  const LWavTagsResult result = LWavTagsWrite(stream, tags, options);
   FuzzCheck(FolderEmpty(TempFolder()), "the writer leaves no temporary file behind");
   if (result != LWavTagsResult::Ok) {
     FuzzCheck(stream.Bytes() == before, "a refused file is left untouched");
@@ -143,7 +143,7 @@ LFileTagDataAudio Read(const Bytes& file) {
 LFileTagDataAudio WriteAndReadBack(Bytes& file, const LFileTagDataAudio& tags, bool id3, const char* what) {
   const std::uint32_t rate = FileRate(file);
   bool looseUmid = false;
-  const FuzzTagMap expected = FuzzTagsAfterWrite(tags, rate, 0, &looseUmid);
+  const FuzzTagMap expected = FuzzTagsAfterWrite(tags, rate, &looseUmid);
   FuzzCheck(Write(file, tags, id3) == LWavTagsResult::Ok, "a whole file takes the tags");
   LFileTagDataAudio back = Read(file);
   FuzzTagsCheckSame(FuzzTagsRead(back), expected, looseUmid, what);
@@ -181,7 +181,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Bytes file(data, data + size);
   LFileTagDataAudio second;
   bool looseUmid = false;
-  const FuzzTagMap expected = FuzzTagsAfterWrite(first, FileRate(file), 0, &looseUmid);
+  const FuzzTagMap expected = FuzzTagsAfterWrite(first, FileRate(file), &looseUmid);
   const LWavTagsResult written = Write(file, first, id3);
   if (written == LWavTagsResult::Ok) {
     second = Read(file);

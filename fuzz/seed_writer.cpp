@@ -488,7 +488,7 @@ Bytes Tagged(const LFileTagDataAudio& tags, const std::string& temp, bool id3) {
   LWavTagsWriteOptions options;
   options.id3 = id3;
   options.tempFolder = temp;
-  return LWavTagsWrite(file, tags, 0, options) == LWavTagsResult::Ok ? file.Bytes() : Bytes();
+  return LWavTagsWrite(file, tags, options) == LWavTagsResult::Ok ? file.Bytes() : Bytes();
 }
 
 Bytes Text(const char* text) { return Bytes(text, text + std::strlen(text) + 1); }

@@ -205,8 +205,7 @@ bool FuzzIsUtf8(const std::string& text) {
   return true;
 }
 
-FuzzTagMap FuzzTagsAfterWrite(const LFileTagDataAudio& tags, std::uint32_t fileRate, std::uint32_t rateArgument,
-                              bool* looseUmid) {
+FuzzTagMap FuzzTagsAfterWrite(const LFileTagDataAudio& tags, std::uint32_t fileRate, bool* looseUmid) {
   *looseUmid = false;
   FuzzTagMap given;
   for (const LFileTag& tag : tags) {
@@ -235,18 +234,10 @@ FuzzTagMap FuzzTagsAfterWrite(const LFileTagDataAudio& tags, std::uint32_t fileR
     if (!back.empty()) out[field.key] = back;
   }
 
-  // Markers: sample positions in cue points, positions past 32 bits left out.
-  LFileTagDataAudio markers = tags;
-  long long type = -1;
-  long long rate = 0;
-  const bool inMs = LTagValueNumberGet(tags.Get(kLTagMarkerPosType), &type) && type == kLMarkerPosTypeMs;
-  const bool hasRate = LTagValueNumberGet(tags.Get(kLTagMarkerSampleRate), &rate) && rate >= 1;
-  if (tags.MarkerCount() > 0 && inMs && !hasRate) {
-    const std::uint32_t use = rateArgument != 0 ? rateArgument : fileRate;
-    if (use > 0) markers.SetNumber(kLTagMarkerSampleRate, use);
-  }
+  // Markers: sample positions in cue points (milliseconds converted only with a rate of their own),
+  // positions past 32 bits left out.
   std::size_t count = 0;
-  for (std::uint64_t position : markers.MarkerSamplesGet()) {
+  for (std::uint64_t position : tags.MarkerSamplesGet()) {
     if (position > kCuePositionMax) continue;
     out[LFileTagDataAudio::MarkerPosKey(static_cast<unsigned>(count++))] = std::to_string(position);
   }

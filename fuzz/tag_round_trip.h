@@ -15,11 +15,10 @@ using FuzzTagMap = std::map<std::string, std::string>;
 // plain list of byte values): present or not, a value read must be a list.
 inline constexpr char kFuzzUmidKey[] = "UMID";
 
-// The tags read back after LWavTagsWrite(file, tags, rateArgument) into a file
-// whose fmt chunk gives fileRate (0: none). *looseUmid is set when the UMID's
-// value read back may be anything of the right form (or nothing).
-[[nodiscard]] FuzzTagMap FuzzTagsAfterWrite(const LFileTagDataAudio& tags, std::uint32_t fileRate,
-                                            std::uint32_t rateArgument, bool* looseUmid);
+// The tags read back after LWavTagsWrite(file, tags) into a file whose fmt chunk
+// gives fileRate (0: none). *looseUmid is set when the UMID's value read back may
+// be anything of the right form (or nothing).
+[[nodiscard]] FuzzTagMap FuzzTagsAfterWrite(const LFileTagDataAudio& tags, std::uint32_t fileRate, bool* looseUmid);
 
 // The read tags as a map; aborts when a key comes twice or a value is empty or not UTF-8.
 [[nodiscard]] FuzzTagMap FuzzTagsRead(const LFileTagDataAudio& tags);

@@ -71,7 +71,7 @@ LFileTagDataAudio RoundTrip(const Bytes& file, const LFileTagDataAudio& tags, co
   LMemoryStream stream{Bytes(file)};
   LWavTagsWriteOptions options;
   options.tempFolder = temp;
-  EXPECT_EQ(LWavTagsWrite(stream, tags, 0, options), LWavTagsResult::Ok);
+  EXPECT_EQ(LWavTagsWrite(stream, tags, options), LWavTagsResult::Ok);
   LFileTagDataAudio read;
   EXPECT_EQ(LWavTagsRead(stream, &read), LWavTagsResult::Ok);
   if (written) *written = stream.Bytes();
@@ -115,7 +115,7 @@ TEST(WavTags, EveryKeyAndTheMarkersSurviveWritingReadingEditingAndWritingAgain) 
   EXPECT_TRUE(FolderNames(temp.Path()).empty());
 }
 
-TEST(WavTags, WritingAndReadingByPathMatchesTheStreamsAndMillisecondMarkersTakeTheFileRate) {
+TEST(WavTags, WritingAndReadingByPathMatchesTheStreamsAndMillisecondsWithoutTheirOwnRateAreSamples) {
   TempFolder temp;
   const std::string path = temp.File("a.wav");
   WriteFileBytes(path, PlainWave(1000, 1, 22050));
@@ -126,14 +126,18 @@ TEST(WavTags, WritingAndReadingByPathMatchesTheStreamsAndMillisecondMarkersTakeT
   tags.Set("marker_0_pos", "2000");
   LWavTagsWriteOptions options;
   options.tempFolder = temp.Path();
-  ASSERT_EQ(LWavTagsWrite(path.c_str(), tags, 0, options), LWavTagsResult::Ok);
+  ASSERT_EQ(LWavTagsWrite(path.c_str(), tags, options), LWavTagsResult::Ok);
   LFileTagDataAudio read;
   ASSERT_EQ(LWavTagsRead(path.c_str(), &read), LWavTagsResult::Ok);
   EXPECT_STREQ(read.Get("TITLE"), "Pfad");
-  EXPECT_EQ(read.MarkerSamplesGet(), (LArray<std::uint64_t>{44100}));
+  EXPECT_EQ(read.MarkerSamplesGet(), (LArray<std::uint64_t>{2000}));  // not converted with the file's rate
+  tags.SetNumber(kLTagMarkerSampleRate, 8000);
+  ASSERT_EQ(LWavTagsWrite(path.c_str(), tags, options), LWavTagsResult::Ok);
+  ASSERT_EQ(LWavTagsRead(path.c_str(), &read), LWavTagsResult::Ok);
+  EXPECT_EQ(read.MarkerSamplesGet(), (LArray<std::uint64_t>{16000}));
 
   EXPECT_EQ(LWavTagsRead(temp.File("missing.wav").c_str(), &read), LWavTagsResult::CannotOpen);
-  EXPECT_EQ(LWavTagsWrite(temp.File("missing.wav").c_str(), tags, 0, options), LWavTagsResult::CannotOpen);
+  EXPECT_EQ(LWavTagsWrite(temp.File("missing.wav").c_str(), tags, options), LWavTagsResult::CannotOpen);
   EXPECT_FALSE(LWavTagsResultMessage(LWavTagsResult::Damaged, "x.wav").empty());
   EXPECT_TRUE(LWavTagsResultMessage(LWavTagsResult::Ok, "x.wav").empty());
 }
@@ -166,7 +170,7 @@ TEST(WavTags, EveryTruncationAndRandomDamageOfATaggedFileIsReadWithoutFault) {
       LMemoryStream rewrite{Bytes(damaged)};
       LWavTagsWriteOptions options;
       options.tempFolder = temp.Path();
-      const LWavTagsResult result = LWavTagsWrite(rewrite, read, 0, options);
+      const LWavTagsResult result = LWavTagsWrite(rewrite, read, options);
       EXPECT_TRUE(result == LWavTagsResult::Ok || result == LWavTagsResult::Damaged) << round;
       LFileTagDataAudio back;
       if (result == LWavTagsResult::Ok && LWavTagsRead(rewrite, &back) == LWavTagsResult::Ok) {
@@ -188,7 +192,7 @@ protected:
     tags_.MarkerAddSample(22050);
     LWavTagsWriteOptions options;
     options.tempFolder = temp_.Path();
-    ASSERT_EQ(LWavTagsWrite(path_.c_str(), tags_, 0, options), LWavTagsResult::Ok);
+    ASSERT_EQ(LWavTagsWrite(path_.c_str(), tags_, options), LWavTagsResult::Ok);
   }
 
   TempFolder temp_;
@@ -321,7 +325,7 @@ TEST(WavTagsFromOutsideTools, TheBextAndInfoThatFfmpegWritesAreReadAndOurTagsRep
   read.Set("ORIGINATOR", "Sonvale");
   LWavTagsWriteOptions options;
   options.tempFolder = temp.Path();
-  ASSERT_EQ(LWavTagsWrite(path.c_str(), read, 0, options), LWavTagsResult::Ok);
+  ASSERT_EQ(LWavTagsWrite(path.c_str(), read, options), LWavTagsResult::Ok);
   std::string after;
   ASSERT_TRUE(RunTool("ffmpeg -nostdin -v error -i " + Quoted(path) + " -f s16le - | md5sum", &after));
   EXPECT_EQ(after, before);
