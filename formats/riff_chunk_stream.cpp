@@ -8,8 +8,9 @@ LRiffChunkStream::LRiffChunkStream(std::unique_ptr<LByteStream> outer, long long
 long long LRiffChunkStream::Size() {
   if (!outer_) return 0;
   const long long outerSize = outer_->Size();
-  const long long there = outerSize < 0 ? (size_ < 0 ? -1 : size_) : std::max(0LL, outerSize - begin_);
-  return size_ < 0 || there < 0 ? there : std::min(size_, there);
+  if (outerSize < 0) return size_;
+  const long long there = std::max(0LL, outerSize - begin_);
+  return size_ < 0 ? there : std::min(size_, there);
 }
 
 bool LRiffChunkStream::Seek(long long offset) {

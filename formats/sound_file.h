@@ -6,8 +6,9 @@
 // FORM/AIFF and FORM/AIFC to our AIFF reader, everything else to FFmpeg's
 // probing (MP3, FLAC, Ogg, Opus, AAC, WMA, AMR, GSM, AU, CAF, W64, RF64, the
 // sound track of video files, ...). What our readers refuse for its codec goes
-// to FFmpeg as well. The extension comes second: it picks our readers for files
-// whose start says nothing (a WAVE file behind a leading chunk of another kind).
+// to FFmpeg as well; a damaged WAVE file keeps our reader's answer. A WAVE file
+// is also found behind a few leading chunks of other kinds. The extension comes
+// second: it picks our readers for files whose start says nothing.
 // Headerless files are opened only with explicit settings. A file that needs a
 // codec this build lacks answers code 7 (the info names the codec); one that
 // nobody reads answers code 5.
