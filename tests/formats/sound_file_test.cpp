@@ -258,3 +258,43 @@ TEST(SoundFile, SaveConvertsRateAndChannelsAndStartsAtTheSourcesPosition) {
 }
 
 #endif
+
+#ifdef SONVALE_HAVE_FFMPEG
+
+TEST(SoundFile, EverySixteenBitValueRoundTripsExactlyThroughEachLosslessFormat) {
+  TempFolder folder;
+  // Every 16-bit value once, over two channels.
+  Bytes data;
+  for (int v = -32768; v <= 32767; ++v) PutLE16(data, static_cast<std::uint16_t>(v));
+  const std::string original = folder.File("alle.wav");
+  WriteFileBytes(original, WaveFile(1, 2, 44100, 16, data));
+  const std::pair<const char*, LSoundFileKind> kinds[] = {
+      {"a.flac", LSoundFileKind::kFlac}, {"a.rf64", LSoundFileKind::kRF64}, {"a.aiff", LSoundFileKind::kAiff}};
+  for (const auto& [file, kind] : kinds) {
+    const std::string there = folder.File(file), back = folder.File(std::string(file) + ".wav");
+    ASSERT_EQ(SaveQuietly(LSoundFile::OpenSource(original.c_str()), there, Format(kind)), kLProcessSuccess) << file;
+    ASSERT_EQ(SaveQuietly(LSoundFile::OpenSource(there.c_str()), back, Format(LSoundFileKind::kWave)),
+              kLProcessSuccess);
+    const Bytes got = FileBytes(back);
+    ASSERT_EQ(got.size(), data.size() + 44) << file;
+    EXPECT_TRUE(std::equal(data.begin(), data.end(), got.begin() + 44)) << file;
+  }
+
+  // A-law behind an extensible header reads as loud as behind a plain one.
+  Bytes codes;
+  for (int c = 0; c < 256; ++c) codes.push_back(static_cast<unsigned char>(c));
+  Bytes extra;
+  PutLE16(extra, 8);
+  PutLE32(extra, 4);
+  const unsigned char aLawGuid[16] = {6, 0, 0, 0, 0, 0, 0x10, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71};
+  extra.insert(extra.end(), aLawGuid, aLawGuid + 16);
+  const Bytes wide = RiffWave({Chunk("fmt ", FmtBody(0xFFFE, 1, 8000, 8, 1, &extra)), Chunk("data", codes)});
+  const Bytes plainBytes = WaveFile(6, 1, 8000, 8, codes);
+  LSoundSource plain = LSoundFile::OpenSource(plainBytes.data(), plainBytes.size(), "plain.wav");
+  LSoundSource extensible = LSoundFile::OpenSource(wide.data(), wide.size(), "wide.wav");
+  ASSERT_FALSE(plain.IsError());
+  ASSERT_FALSE(extensible.IsError()) << int(extensible.GetErrorCode());
+  EXPECT_EQ(ReadWhole(extensible), ReadWhole(plain));
+}
+
+#endif
