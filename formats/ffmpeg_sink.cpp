@@ -77,6 +77,10 @@ LSNKFFmpeg::LSNKFFmpeg(std::unique_ptr<LByteStream> stream, const LFFmpegSinkFor
 
 namespace {
 
+// Where the sample count of RF64's ds64 chunk lies: the muxer, told to write RF64
+// always, puts ds64 first, after "RF64", the size and "WAVE".
+constexpr long long kDs64SampleCountAt = 12 + 8 + 16;
+
 // Frames per encoder call for codecs that take any number.
 constexpr int kVariableFrameSize = 4096;
 
@@ -179,6 +183,7 @@ struct LSNKFFmpeg::Encoder {
   int filled = 0;
   bool headerWritten = false;
   bool finished = false;
+  bool rf64 = false;
   bool wide24 = false;  // 24-bit samples in the top of 32-bit words
   long long pts = 0;
   LSoundDither dither;
@@ -187,6 +192,7 @@ struct LSNKFFmpeg::Encoder {
 
 private:
   bool Send(AVFrame* f);
+  bool PatchSampleCount();
 };
 
 LSNKFFmpeg::Encoder::~Encoder() {
@@ -201,6 +207,7 @@ bool LSNKFFmpeg::Encoder::Open(std::unique_ptr<LByteStream> byteStream, const LF
                                int channelCount, const LFileTagDataAudio* tags) {
   stream = std::move(byteStream);
   channels = channelCount;
+  rf64 = f.codec == LFFmpegSinkCodec::kRF64;
   dither = LSoundDither(f.dither);
   if (!stream) return false;
   bool experimental = false;
@@ -368,7 +375,17 @@ bool LSNKFFmpeg::Encoder::Finish() {
   ok = Send(nullptr) && ok;
   ok = av_write_trailer(oc) >= 0 && ok;
   avio_flush(oc->pb);
+  if (ok && rf64) ok = PatchSampleCount();
   return ok;
+}
+
+bool LSNKFFmpeg::Encoder::PatchSampleCount() {
+  // FFmpeg's muxer leaves an unset count in ds64 when no packet came, and then
+  // refuses its own file; the count is the frames we were given.
+  unsigned char count[8];
+  for (int i = 0; i < 8; ++i) count[i] = static_cast<unsigned char>(static_cast<std::uint64_t>(pts) >> (8 * i));
+  const long long end = stream->Size();
+  return stream->Seek(kDs64SampleCountAt) && stream->WriteAll(count, 8) && stream->Seek(end);
 }
 
 void LSNKFFmpeg::Start(std::unique_ptr<LByteStream> stream, const LFFmpegSinkFormat& format,

@@ -290,8 +290,16 @@ unsigned char LFFmpegSource::Decoder::Open(std::unique_ptr<LByteStream> byteStre
   if (code != kLSourceOK) return code;
   Count();
   Rewind();
-  // The first frame fixes the time stamp of frame 0; a file without one is damaged.
-  if (broken_ || !NextFrame() || !Append()) return kLSourceDamaged;
+  // The first frame fixes the time stamp of frame 0. A file without one is damaged,
+  // unless its container ended cleanly before any packet: it holds no sound (as
+  // an empty file we wrote does).
+  if (broken_) return kLSourceDamaged;
+  if (!NextFrame()) {
+    if (sawFirstPacket_ || !inputDone_ || frameCount_ != 0) return kLSourceDamaged;
+    at_ = 0;
+    return kLSourceOK;
+  }
+  if (!Append()) return kLSourceDamaged;
   basePts_ = FrameTime(frame_);
   at_ = 0;
   return kLSourceOK;
@@ -320,6 +328,11 @@ void LFFmpegSource::Decoder::Count() {
     queueHead_ = queueFrames_ = 0;
   }
   counting_ = false;
+  // Vorbis in Ogg ends where the last page's granule position says, which may
+  // be inside the last decoded block.
+  if (id == AV_CODEC_ID_VORBIS && st->duration > 0 && std::strcmp(fmt_->iformat->name, "ogg") == 0) {
+    frameCount_ = av_rescale_q(st->duration, timeBase_, AVRational{1, rate_});
+  }
   std::sort(table_.begin(), table_.end(), [](const Entry& a, const Entry& b) { return a.pts < b.pts; });
   std::sort(landmarks_.begin(), landmarks_.end(), [](const Landmark& a, const Landmark& b) { return a.pos < b.pos; });
 }

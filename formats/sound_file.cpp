@@ -13,6 +13,7 @@
 #include "engine/resample_source.h"
 #include "engine/source_to_sink.h"
 #include "formats/aiff_file.h"
+#include "formats/empty_stream.h"
 #include "formats/ffmpeg_sink.h"
 #include "formats/ffmpeg_source.h"
 #include "formats/mp3_sink.h"
@@ -48,7 +49,10 @@ constexpr const char* kFFmpegExtensions[] = {"mp3", "mp2", "flac", "ogg",  "oga"
 // GSM 6.10 is defined at this rate.
 constexpr std::uint32_t kGsmRate = 8000;
 constexpr int kKbit = 1000;
+// Transparent for most listeners at a size well below the lossless one.
 constexpr int kDefaultMp3Quality = 2;
+constexpr int kDefaultVorbisQuality = 5;
+constexpr int kDefaultOpusKbitPerChannel = 64;
 constexpr std::size_t kSniffBytes = 12;
 constexpr std::uint32_t kDefaultRate = 44100;
 constexpr int kDefaultChannels = 2;
@@ -186,6 +190,15 @@ LSoundSource OpenAny(const Origin& origin, LSoundFileInfo* out) {
     if (!ff.IsError()) {
       *info = ffInfo;
       return ff;
+    }
+  }
+  // What our writers make of no sound, which FFmpeg refuses.
+  if (auto stream = origin.Open()) {
+    LSoundFileInfo emptyInfo;
+    LSoundSource empty = LOpenEmptyStream(*stream, &emptyInfo);
+    if (!empty.IsError()) {
+      *info = emptyInfo;
+      return empty;
     }
   }
   // Our reader's answer names the codec better than FFmpeg's refusal.
@@ -406,10 +419,11 @@ LSoundSink LSoundFile::OpenSink(const char* path, const LSoundFileFormat& format
       break;
     case LSoundFileKind::kOgg:
       ff.codec = LFFmpegSinkCodec::kVorbis;
-      ff.quality = static_cast<float>(format.quality);
+      ff.quality = static_cast<float>(format.quality >= -1 ? format.quality : kDefaultVorbisQuality);
       break;
     default:
       ff.codec = LFFmpegSinkCodec::kOpus;
+      if (ff.bitRate <= 0) ff.bitRate = kDefaultOpusKbitPerChannel * kKbit * std::min(ch, 8);
       break;
   }
   return LMakeSink<LSNKFFmpeg>(path, ff, &format.tags);
