@@ -89,6 +89,14 @@ struct LFFmpegSource::Decoder {
   }
 
   [[nodiscard]] unsigned char Open(std::unique_ptr<LByteStream> byteStream, const char* hint, LSoundFileInfo* info);
+  // The container and decoder only.
+  [[nodiscard]] unsigned char Describe(std::unique_ptr<LByteStream> byteStream, const char* hint, LSoundFileInfo* info) {
+    QuietLogs();
+    stream_ = std::move(byteStream);
+    hint_ = hint ? hint : "";
+    if (!stream_) return kLSourceCannotOpen;
+    return OpenInput(info);
+  }
   long long Fetch(float* out, long long pos, long long n);
 
   int Rate() const { return rate_; }
@@ -634,6 +642,11 @@ LFFmpegSource::~LFFmpegSource() = default;
 
 bool LFFmpegSource::IsAvailable() { return true; }
 
+bool LFFmpegSource::Describe(std::unique_ptr<LByteStream> stream, const char* name, LSoundFileInfo* info) {
+  Decoder decoder;
+  return info && decoder.Describe(std::move(stream), name, info) == kLSourceOK;
+}
+
 LSoundSource LFFmpegSource::Open(std::unique_ptr<LByteStream> stream, const char* name, LSoundFileInfo* info) {
   auto decoder = std::make_unique<Decoder>();
   LSoundFileInfo scratch;
@@ -659,6 +672,7 @@ LFFmpegSource::LFFmpegSource(std::unique_ptr<Decoder> decoder, unsigned rate, in
     : LSoundSourceBase(rate, static_cast<std::uint8_t>(channels)), decoder_(std::move(decoder)) {}
 LFFmpegSource::~LFFmpegSource() = default;
 bool LFFmpegSource::IsAvailable() { return false; }
+bool LFFmpegSource::Describe(std::unique_ptr<LByteStream>, const char*, LSoundFileInfo*) { return false; }
 
 LSoundSource LFFmpegSource::Open(std::unique_ptr<LByteStream>, const char*, LSoundFileInfo* info) {
   if (info) info->codecName = info->codecLongName = kLFFmpegCodecName;

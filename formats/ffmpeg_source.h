@@ -38,6 +38,9 @@ public:
   // name is only a hint for probing (its extension); the stream stands at the file's start.
   [[nodiscard]] static LSoundSource Open(std::unique_ptr<LByteStream> stream, const char* name,
                                          LSoundFileInfo* info = nullptr);
+  // Fills info from the container's headers alone, without decoding: what a
+  // save needs to keep the file's format. False when FFmpeg cannot read it.
+  [[nodiscard]] static bool Describe(std::unique_ptr<LByteStream> stream, const char* name, LSoundFileInfo* info);
   // False in builds without FFmpeg.
   [[nodiscard]] static bool IsAvailable();
 
