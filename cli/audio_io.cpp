@@ -24,46 +24,18 @@ std::string DescribeFormat(const LSoundFileInfo& info) {
     text += (floating ? ", Gleitkomma " : ", PCM ") + std::to_string(info.bitsPerSample) + " Bit";
   } else {
     if (!info.codecLongName.empty() || !c.empty()) text += ", " + (info.codecLongName.empty() ? c : info.codecLongName);
+    // Lossless codecs keep a depth worth showing.
+    if (info.bitsPerSample > 0) text += ", " + std::to_string(info.bitsPerSample) + " Bit";
     if (info.bitRate > 0) text += ", " + std::to_string(info.bitRate / 1000) + " kbit/s";
   }
   if (info.hasVideo) text += " (Tonspur eines Videos)";
   return text;
 }
 
-bool FormatFromName(const std::string& name, LSoundFileFormat* format, std::string* message) {
-  if (LSoundFileLayoutFromName(name.c_str(), &format->layout)) {
-    format->kind = LSoundFileKind::kWave;
-    return true;
-  }
-  if (LSoundFileKindFromName(name.c_str(), &format->kind)) return true;
-  *message = "Unbekanntes Format \"" + name +
-             "\". Möglich sind wav, rf64, aiff, mp3, flac, ogg, opus, raw und die WAVE-Formate pcm8, pcm16, pcm24, "
-             "pcm32, float, alaw, ulaw, ima, gsm.";
-  return false;
-}
-
 bool FormatForTarget(const std::string& target, const std::string& name, const LSoundFileInfo* input,
-                     LSoundFileFormat* format, std::string* message) {
-  if (!name.empty()) {
-    if (!FormatFromName(name, format, message)) return false;
-    LSoundFileLayout layout;
-    // A layout name with a target of another kind ("out.aiff --to pcm24") keeps the target's kind.
-    LSoundFileKind kind;
-    if (LSoundFileLayoutFromName(name.c_str(), &layout) && LSoundFileKindForPath(target.c_str(), &kind)) format->kind = kind;
-    return true;
-  }
-  if (!LSoundFileKindForPath(target.c_str(), &format->kind)) {
-    *message = "Das Format von \"" + target + "\" lässt sich nicht an der Endung erkennen. Bitte --to FORMAT angeben.";
-    return false;
-  }
-  if (input && (format->kind == LSoundFileKind::kWave || format->kind == LSoundFileKind::kAiff)) {
-    const std::string& c = input->codecName;
-    if (c == "pcm_u8" || c == "pcm_s8") format->layout = LSoundFileLayout::kPcm8;
-    else if (c.find("24") != std::string::npos) format->layout = LSoundFileLayout::kPcm24;
-    else if (c.find("s32") != std::string::npos) format->layout = LSoundFileLayout::kPcm32;
-    else if (c.find("f32") != std::string::npos || c.find("f64") != std::string::npos) format->layout = LSoundFileLayout::kFloat;
-    else if (c == "pcm_alaw" && format->kind == LSoundFileKind::kWave) format->layout = LSoundFileLayout::kALaw;
-    else if (c == "pcm_mulaw" && format->kind == LSoundFileKind::kWave) format->layout = LSoundFileLayout::kULaw;
-  }
-  return true;
+                     const std::string& quality, LSoundFileFormat* format, std::string* message) {
+  LSoundFileFormat original;
+  const bool known = input && LSoundFileFormatOf(*input, &original);
+  if (!LSoundFileFormatChoose(target, name, known ? &original : nullptr, format, message)) return false;
+  return quality.empty() || LSoundFileQualityParse(quality, format, message);
 }

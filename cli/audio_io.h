@@ -16,11 +16,8 @@
 // A German one-line description of what an opener found, e.g. "WAVE, PCM 16 Bit".
 [[nodiscard]] std::string DescribeFormat(const LSoundFileInfo& info);
 
-// Reads a format name: a container ("wav", "mp3", "flac", ...) or a WAVE sample
-// layout ("pcm16", "float", ...); false with a message for anything else.
-[[nodiscard]] bool FormatFromName(const std::string& name, LSoundFileFormat* format, std::string* message);
-
 // The format for a target: by name when given, else by the extension, keeping
-// the input's sample layout for WAVE and AIFF where it can.
+// what it can of the input's format (its layout, a lossy codec's bit rate);
+// quality, when not empty, is a --quality setting. False with a message.
 [[nodiscard]] bool FormatForTarget(const std::string& target, const std::string& name, const LSoundFileInfo* input,
-                                   LSoundFileFormat* format, std::string* message);
+                                   const std::string& quality, LSoundFileFormat* format, std::string* message);

@@ -1,5 +1,6 @@
 #include "cli/convert_command.h"
 
+#include <cstdio>
 #include <optional>
 
 #include "base/safe_save.h"
@@ -11,19 +12,21 @@
 int RunConvertCommand(const std::vector<std::string>& args) {
   std::optional<LRawSettings> rawIn;
   std::optional<LRawSettings> rawOut;
-  std::string to;
+  std::string to, quality;
   bool dither = false;
   double rate = 0, channels = 0;
   std::vector<std::string> files;
   for (size_t i = 0; i < args.size(); ++i) {
     const std::string& a = args[i];
-    const bool takesValue = a == "--to" || a == "--raw-in" || a == "--raw" || a == "--rate" || a == "--channels";
+    const bool takesValue = a == "--to" || a == "--quality" || a == "--raw-in" || a == "--raw" || a == "--rate" || a == "--channels";
     if (takesValue && i + 1 >= args.size()) {
       PrintError(a + " erwartet einen Wert.");
       return kCommandFailed;
     }
     if (a == "--to") {
       to = args[++i];
+    } else if (a == "--quality") {
+      quality = args[++i];
     } else if (a == "--dither") {
       dither = true;
     } else if (a == "--raw-in" || a == "--raw") {
@@ -57,6 +60,10 @@ int RunConvertCommand(const std::vector<std::string>& args) {
   std::string message;
   LSoundFileFormat format;
   if (rawOut) {
+    if (!quality.empty()) {
+      PrintError("--quality gilt nur für mp3, ogg und opus, nicht für raw.");
+      return kCommandFailed;
+    }
     if (!to.empty() && to != "raw") {
       PrintError("--raw passt nicht zu --to " + to + ".");
       return kCommandFailed;
@@ -77,7 +84,7 @@ int RunConvertCommand(const std::vector<std::string>& args) {
     PrintError(message);
     return kCommandFailed;
   }
-  if (!rawOut && !FormatForTarget(files[1], to, &info, &format, &message)) {
+  if (!rawOut && !FormatForTarget(files[1], to, &info, quality, &format, &message)) {
     PrintError(message);
     return kCommandFailed;
   }
@@ -96,7 +103,9 @@ int RunConvertCommand(const std::vector<std::string>& args) {
     return kCommandFailed;
   }
   TerminalProgress progress;
-  LProcessResult result = LSoundFile::Save(progress, source, save.TempPath().c_str(), format, "Konvertieren");
+  LSoundFileSaveNotes notes;
+  LProcessResult result =
+      LSoundFile::Save(progress, source, save.TempPath().c_str(), format, "Konvertieren", &notes);
   progress.Finish();
   if (result == kLProcessCancelled) {
     PrintError("Abgebrochen. Die Datei \"" + files[1] + "\" bleibt unverändert.");
@@ -107,5 +116,6 @@ int RunConvertCommand(const std::vector<std::string>& args) {
                                         : progress.Error() + " Die Datei \"" + files[1] + "\" bleibt unverändert.");
     return kCommandFailed;
   }
+  std::fputs(LSoundFileSaveWarnings(notes, format, files[1].c_str()).c_str(), stderr);
   return kCommandOK;
 }

@@ -8,6 +8,7 @@
 #include "app/cut_list_render.h"
 #include "app/file_gui.h"
 #include "base/safe_save.h"
+#include "cli/audio_io.h"
 #include "formats/sound_file.h"
 
 
@@ -171,27 +172,23 @@ int EditorSession::OpenDocument(const std::string& path) {
   return kCommandOK;
 }
 
-int EditorSession::SaveCurrent(const std::string& path, const std::string& to) {
+int EditorSession::SaveCurrent(const std::string& path, const std::string& to, const std::string& quality) {
   SVFile* file = Need();
   if (!file) return kCommandFailed;
   std::string target = path.empty() ? std::string(file->Path()) : path;
   if (target.empty()) return Fail("Das Dokument hat noch keinen Dateinamen. Mit \"save PFAD\" speichern.");
-  LSoundFileFormat format;
   bool dither = false;
   std::string name = to;
   if (auto at = name.find("+dither"); at != std::string::npos) {
     dither = true;
     name.erase(at);
   }
-  if (!name.empty()) {
-    if (LSoundFileLayoutFromName(name.c_str(), &format.layout)) {
-      if (!LSoundFileKindForPath(target.c_str(), &format.kind)) format.kind = LSoundFileKind::kWave;
-    } else if (!LSoundFileKindFromName(name.c_str(), &format.kind)) {
-      return Fail("Unbekanntes Format \"" + name + "\". Möglich sind wav, rf64, aiff, mp3, flac, ogg, opus und die Sample-Formate pcm8, pcm16, pcm24, pcm32, float, alaw, ulaw, ima, gsm.");
-    }
-  } else if (!LSoundFileKindForPath(target.c_str(), &format.kind)) {
-    return Fail("Das Format von \"" + target + "\" lässt sich nicht an der Endung erkennen. Bitte --to FORMAT angeben.");
-  }
+  // The document's own file tells the format it keeps unless another is asked for.
+  LSoundFileInfo original;
+  const bool described = *file->Path() && LSoundFile::Describe(file->Path(), &original);
+  LSoundFileFormat format;
+  std::string message;
+  if (!FormatForTarget(target, name, described ? &original : nullptr, quality, &format, &message)) return Fail(message);
   format.dither = dither;
   format.tags = file->Tags();
   // Bookmarks travel as the file's markers.
@@ -205,8 +202,9 @@ int EditorSession::SaveCurrent(const std::string& path, const std::string& to) {
     return Fail("Die Datei \"" + target + "\" kann nicht geschrieben werden. Überprüfen Sie, ob der Ordner existiert und Sie Schreibzugriff haben.");
   }
   LSoundSource source = file->CutList().OpenSource();
+  LSoundFileSaveNotes notes;
   int status = RunJob("Speichern", [&](LProcessInterface& process) {
-    return LSoundFile::Save(process, source, save.TempPath().c_str(), format);
+    return LSoundFile::Save(process, source, save.TempPath().c_str(), format, "Speichern", &notes);
   });
   if (status != kCommandOK) return status;
   if (!save.Commit()) return Fail("Die Datei \"" + target + "\" konnte nicht ersetzt werden. Sie bleibt unverändert.");
@@ -218,6 +216,7 @@ int EditorSession::SaveCurrent(const std::string& path, const std::string& to) {
   main_.RecentFiles().RecentFileListAdd(target.c_str());
   main_.UpdateUndoMenuItem();
   std::printf("Gespeichert: %s\n", target.c_str());
+  std::fputs(LSoundFileSaveWarnings(notes, format, target.c_str()).c_str(), stderr);
   return kCommandOK;
 }
 
@@ -352,6 +351,6 @@ const char* EditorSession::HelpText() {
          "  Verlauf:    undo | redo | revert | history\n"
          "  Marken:     bookmark add NAME [ZEIT] | bookmark del NAME | bookmarks | region add NAME ANFANG ENDE | regions\n"
          "  Metadaten:  tags | tag SCHLÜSSEL=WERT\n"
-         "  Dateien:    save [PFAD] [--to FORMAT] | saveas PFAD | project save P.svp | project open P.svp\n"
+         "  Dateien:    save [PFAD] [--to FORMAT] [--quality Q] | saveas PFAD | project save P.svp | project open P.svp\n"
          "  Sonstiges:  status | hilfe | quit\n";
 }

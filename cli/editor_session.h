@@ -30,8 +30,9 @@ public:
   // Opens a file as a new document, made current.
   [[nodiscard]] int OpenDocument(const std::string& path);
   // Saves the current document to path (empty: its own path), the format from
-  // the name in `to` or the extension.
-  [[nodiscard]] int SaveCurrent(const std::string& path, const std::string& to);
+  // the name in `to` or the extension, keeping what it can of the format of the
+  // document's file; quality is a --quality setting for lossy formats.
+  [[nodiscard]] int SaveCurrent(const std::string& path, const std::string& to, const std::string& quality = {});
 
   [[nodiscard]] bool QuitRequested() const { return quit_; }
   [[nodiscard]] SVFile* Current();

@@ -308,20 +308,22 @@ void EditorSession::Register() {
 
   // Files.
   h["save"] = [this](const CommandWords& w) {
-    std::string path, to;
+    std::string path, to, quality;
     for (size_t i = 1; i < w.size(); ++i) {
       if (w[i] == "--to" && i + 1 < w.size()) {
         to = w[++i];
+      } else if (w[i] == "--quality" && i + 1 < w.size()) {
+        quality = w[++i];
       } else if (w[i] == "--dither") {
         to += "+dither";
       } else if (path.empty() && w[i][0] != '-') {
         path = w[i];
       } else {
-        return Fail("Aufruf: save [PFAD] [--to FORMAT] [--dither]");
+        return Fail("Aufruf: save [PFAD] [--to FORMAT] [--quality Q] [--dither]");
       }
     }
     if (to.rfind("+dither", 0) == 0) to = "pcm16" + to;
-    return SaveCurrent(path, to);
+    return SaveCurrent(path, to, quality);
   };
   h["saveas"] = [this](const CommandWords& w) {
     if (w.size() < 2) return Fail("Aufruf: saveas PFAD [--to FORMAT]");

@@ -20,7 +20,7 @@ void PrintUsage(FILE* out) {
       "\n"
       "Befehle:\n"
       "  info [--json] [--raw-in R,K,C] DATEI...   Format, Abtastrate, Kanäle, Länge\n"
-      "  convert EIN AUS [--to FORMAT] [--dither] [--raw-in R,K,C] [--raw R,K,C]\n"
+      "  convert EIN AUS [--to FORMAT] [--quality Q] [--dither] [--raw-in R,K,C] [--raw R,K,C]\n"
       "                                            in ein anderes Format schreiben\n"
       "  edit DATEI... [-e BEFEHLE]... [-f SKRIPT] [-o AUS] [--to FORMAT]\n"
       "                                            Befehle auf Dokumente anwenden\n"

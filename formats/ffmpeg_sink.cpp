@@ -77,6 +77,10 @@ LSNKFFmpeg::LSNKFFmpeg(std::unique_ptr<LByteStream> stream, const LFFmpegSinkFor
 
 namespace {
 
+// Where the sample count of RF64's ds64 chunk lies: the muxer, told to write RF64
+// always, puts ds64 first, after "RF64", the size and "WAVE".
+constexpr long long kDs64SampleCountAt = 12 + 8 + 16;
+
 // Frames per encoder call for codecs that take any number.
 constexpr int kVariableFrameSize = 4096;
 
@@ -142,19 +146,19 @@ AVSampleFormat ChooseFormat(const AVCodec* codec, int bits, bool floating) {
   return AV_SAMPLE_FMT_NONE;
 }
 
-// Integers are scaled by 2^(bits-1) and clipped, as FFmpeg's decoders scale them
-// back: what we write reads back through them unchanged.
-constexpr double kScale16 = 32768.0;
-constexpr double kScale24 = 8388608.0;
-constexpr double kScale32 = 2147483648.0;
-
-std::int32_t ToInt(float v, double scale) {
-  const double s = std::clamp(static_cast<double>(lsf_detail::Finite(v)) * scale, -scale, scale - 1.0);
-  return static_cast<std::int32_t>(lsf_detail::RoundHalfAway64(s));
+// Integers take the scaling of our sample formats, as every other writer here
+// does: 24 bits travel in the top of 32-bit words, which the encoders shift down,
+// so they round exactly as our 24-bit WAVE writer does.
+std::int16_t To16(float v) {
+  unsigned char b[2];
+  LSF16::Out(b, v);
+  return lsf_detail::Load<std::int16_t>(b);
 }
-
-std::int32_t To24In32(float v) { return ToInt(v, kScale24) * 256; }
-std::int32_t To32(float v) { return ToInt(v, kScale32); }
+std::int32_t To32(float v) {
+  unsigned char b[4];
+  LSF32::Out(b, v);
+  return lsf_detail::Load<std::int32_t>(b);
+}
 
 }  // namespace
 
@@ -179,6 +183,7 @@ struct LSNKFFmpeg::Encoder {
   int filled = 0;
   bool headerWritten = false;
   bool finished = false;
+  bool rf64 = false;
   bool wide24 = false;  // 24-bit samples in the top of 32-bit words
   long long pts = 0;
   LSoundDither dither;
@@ -187,6 +192,7 @@ struct LSNKFFmpeg::Encoder {
 
 private:
   bool Send(AVFrame* f);
+  bool PatchSampleCount();
 };
 
 LSNKFFmpeg::Encoder::~Encoder() {
@@ -201,6 +207,7 @@ bool LSNKFFmpeg::Encoder::Open(std::unique_ptr<LByteStream> byteStream, const LF
                                int channelCount, const LFileTagDataAudio* tags) {
   stream = std::move(byteStream);
   channels = channelCount;
+  rf64 = f.codec == LFFmpegSinkCodec::kRF64;
   dither = LSoundDither(f.dither);
   if (!stream) return false;
   bool experimental = false;
@@ -313,13 +320,11 @@ bool LSNKFFmpeg::Encoder::Put(const float* in, long long frames) {
         std::int16_t* out =
             format == AV_SAMPLE_FMT_S16 ? reinterpret_cast<std::int16_t*>(frame->data[0]) + at * ch : scratch16.data();
         if (dither.IsEnabled()) {
-          // The shaped rounding works at 32767; the values are brought to FFmpeg's 32768 first.
-          for (size_t i = 0; i < count; ++i) {
-            scratchFloat[i] = static_cast<float>(std::clamp(in[i] * (kScale16 / 32767.0), -1.0, 32766.0 / 32767.0));
-          }
+          // The shaped rounding does not clamp: it gets values within full scale.
+          for (size_t i = 0; i < count; ++i) scratchFloat[i] = std::clamp(lsf_detail::Finite(in[i]), -1.0f, 1.0f);
           dither.ConvertSamplesOut<LSF16>(out, scratchFloat.data(), n, channels);
         } else {
-          for (size_t i = 0; i < count; ++i) out[i] = static_cast<std::int16_t>(ToInt(in[i], kScale16));
+          for (size_t i = 0; i < count; ++i) out[i] = To16(in[i]);
         }
         if (format == AV_SAMPLE_FMT_S16P) {
           for (size_t c = 0; c < ch; ++c) {
@@ -331,7 +336,7 @@ bool LSNKFFmpeg::Encoder::Put(const float* in, long long frames) {
       }
       case AV_SAMPLE_FMT_S32:
         for (size_t i = 0; i < count; ++i) {
-          reinterpret_cast<std::int32_t*>(frame->data[0])[at * ch + i] = wide24 ? To24In32(in[i]) : To32(in[i]);
+          reinterpret_cast<std::int32_t*>(frame->data[0])[at * ch + i] = To32(in[i]);
         }
         break;
       case AV_SAMPLE_FMT_S32P:
@@ -339,7 +344,7 @@ bool LSNKFFmpeg::Encoder::Put(const float* in, long long frames) {
           auto* out = reinterpret_cast<std::int32_t*>(frame->extended_data[c]) + at;
           for (int i = 0; i < n; ++i) {
             const float v = in[static_cast<size_t>(i) * ch + c];
-            out[i] = wide24 ? To24In32(v) : To32(v);
+            out[i] = To32(v);
           }
         }
         break;
@@ -370,7 +375,17 @@ bool LSNKFFmpeg::Encoder::Finish() {
   ok = Send(nullptr) && ok;
   ok = av_write_trailer(oc) >= 0 && ok;
   avio_flush(oc->pb);
+  if (ok && rf64) ok = PatchSampleCount();
   return ok;
+}
+
+bool LSNKFFmpeg::Encoder::PatchSampleCount() {
+  // FFmpeg's muxer leaves an unset count in ds64 when no packet came, and then
+  // refuses its own file; the count is the frames we were given.
+  unsigned char count[8];
+  for (int i = 0; i < 8; ++i) count[i] = static_cast<unsigned char>(static_cast<std::uint64_t>(pts) >> (8 * i));
+  const long long end = stream->Size();
+  return stream->Seek(kDs64SampleCountAt) && stream->WriteAll(count, 8) && stream->Seek(end);
 }
 
 void LSNKFFmpeg::Start(std::unique_ptr<LByteStream> stream, const LFFmpegSinkFormat& format,

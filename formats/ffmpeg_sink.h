@@ -6,7 +6,8 @@
 // that it holds (Opus always 48000 Hz) and answers them through GetSampleRate and
 // GetChannels, and its feeder converts to them (LSoundFile::Save does). The tags
 // go where the format carries them (Vorbis comments in FLAC, Vorbis and Opus; the
-// INFO list in RF64). Complete (or destruction) drains the encoder and writes
+// INFO list in RF64). Integers are scaled as our sample formats scale them, so
+// what our readers and FFmpeg's give us comes back bit for bit. Complete (or destruction) drains the encoder and writes
 // the container's trailer. A codec that this FFmpeg lacks, a build without
 // FFmpeg and every failure raise the sink's error flag.
 #include <cstdint>

@@ -12,6 +12,7 @@
 #ifdef SONVALE_HAVE_FFMPEG
 
 #include "base/array.h"
+#include "engine/sample_format.h"
 #include "formats/ffmpeg_io.h"
 #include "formats/ffmpeg_tag_keys.h"
 
@@ -88,6 +89,14 @@ struct LFFmpegSource::Decoder {
   }
 
   [[nodiscard]] unsigned char Open(std::unique_ptr<LByteStream> byteStream, const char* hint, LSoundFileInfo* info);
+  // The container and decoder only.
+  [[nodiscard]] unsigned char Describe(std::unique_ptr<LByteStream> byteStream, const char* hint, LSoundFileInfo* info) {
+    QuietLogs();
+    stream_ = std::move(byteStream);
+    hint_ = hint ? hint : "";
+    if (!stream_) return kLSourceCannotOpen;
+    return OpenInput(info);
+  }
   long long Fetch(float* out, long long pos, long long n);
 
   int Rate() const { return rate_; }
@@ -116,8 +125,10 @@ private:
   void ResetDecoder();
   // The next decoded frame into frame_; false at the end.
   bool NextFrame();
-  // Converts frame_ to float at the end of the queue.
+  // Converts frame_ to float at the end of the queue, with the scaling of our sample formats.
   bool Append();
+  // Interleaved float from samples of the format (planes or one packed run), frames × channels_ of them.
+  bool ToFloat(std::uint8_t* const* data, AVSampleFormat format, size_t frames, float* out) const;
   // Drops n frames; false when the decoder ends first.
   bool Skip(long long n);
   void SeekTo(long long target);
@@ -143,6 +154,7 @@ private:
   int swrFormat_ = -1;
   int swrRate_ = 0;
   AVChannelLayout swrLayout_{};
+  LArray<std::uint8_t> reshaped_;
 
   long long frameCount_ = 0;
   // Decoded frames waiting, from queueHead_ on; the first stands for frame at_.
@@ -286,8 +298,16 @@ unsigned char LFFmpegSource::Decoder::Open(std::unique_ptr<LByteStream> byteStre
   if (code != kLSourceOK) return code;
   Count();
   Rewind();
-  // The first frame fixes the time stamp of frame 0; a file without one is damaged.
-  if (broken_ || !NextFrame() || !Append()) return kLSourceDamaged;
+  // The first frame fixes the time stamp of frame 0. A file without one is damaged,
+  // unless its container ended cleanly before any packet: it holds no sound (as
+  // an empty file we wrote does).
+  if (broken_) return kLSourceDamaged;
+  if (!NextFrame()) {
+    if (sawFirstPacket_ || !inputDone_ || frameCount_ != 0) return kLSourceDamaged;
+    at_ = 0;
+    return kLSourceOK;
+  }
+  if (!Append()) return kLSourceDamaged;
   basePts_ = FrameTime(frame_);
   at_ = 0;
   return kLSourceOK;
@@ -316,6 +336,11 @@ void LFFmpegSource::Decoder::Count() {
     queueHead_ = queueFrames_ = 0;
   }
   counting_ = false;
+  // Vorbis in Ogg ends where the last page's granule position says, which may
+  // be inside the last decoded block.
+  if (id == AV_CODEC_ID_VORBIS && st->duration > 0 && std::strcmp(fmt_->iformat->name, "ogg") == 0) {
+    frameCount_ = av_rescale_q(st->duration, timeBase_, AVRational{1, rate_});
+  }
   std::sort(table_.begin(), table_.end(), [](const Entry& a, const Entry& b) { return a.pts < b.pts; });
   std::sort(landmarks_.begin(), landmarks_.end(), [](const Landmark& a, const Landmark& b) { return a.pos < b.pos; });
 }
@@ -426,6 +451,24 @@ void LFFmpegSource::Decoder::NotePacket() {
 
 bool LFFmpegSource::Decoder::Append() {
   const int inRate = frame_->sample_rate > 0 ? frame_->sample_rate : rate_;
+  const auto format = static_cast<AVSampleFormat>(frame_->format);
+  const bool sameShape = inRate == rate_ && frame_->ch_layout.nb_channels == channels_;
+  const size_t ch = static_cast<size_t>(channels_);
+  // Frames already taken make room at the front.
+  if (queueHead_ > 0) {
+    std::memmove(queue_.data(), queue_.data() + queueHead_ * ch, queueFrames_ * ch * sizeof(float));
+    queueHead_ = 0;
+  }
+  if (sameShape && frame_->nb_samples >= 0) {
+    const size_t n = static_cast<size_t>(frame_->nb_samples);
+    if (queue_.size() < (queueFrames_ + n) * ch) queue_.resize((queueFrames_ + n) * ch);
+    if (!ToFloat(frame_->extended_data, format, n, queue_.data() + queueFrames_ * ch)) return false;
+    queueFrames_ += n;
+    return true;
+  }
+  // A stream that changes its rate or channels midway is brought to the first's
+  // by the resampler, in its own sample format, so the scaling stays ours.
+  const AVSampleFormat packed = av_get_packed_sample_fmt(format);
   if (!swr_ || frame_->format != swrFormat_ || inRate != swrRate_ ||
       av_channel_layout_compare(&frame_->ch_layout, &swrLayout_) != 0) {
     swr_free(&swr_);
@@ -433,17 +476,15 @@ bool LFFmpegSource::Decoder::Append() {
     av_channel_layout_copy(&swrLayout_, &frame_->ch_layout);
     swrFormat_ = frame_->format;
     swrRate_ = inRate;
-    // The same count keeps the channels as they are: only the sample format changes.
     AVChannelLayout in{};
-    if (frame_->ch_layout.nb_channels == channels_ || frame_->ch_layout.nb_channels <= 0) {
+    if (frame_->ch_layout.nb_channels <= 0) {
       av_channel_layout_copy(&in, &layout_);
     } else if (frame_->ch_layout.order == AV_CHANNEL_ORDER_UNSPEC) {
       av_channel_layout_default(&in, frame_->ch_layout.nb_channels);
     } else {
       av_channel_layout_copy(&in, &frame_->ch_layout);
     }
-    int r = swr_alloc_set_opts2(&swr_, &layout_, AV_SAMPLE_FMT_FLT, rate_, &in,
-                                static_cast<AVSampleFormat>(frame_->format), inRate, 0, nullptr);
+    int r = swr_alloc_set_opts2(&swr_, &layout_, packed, rate_, &in, format, inRate, 0, nullptr);
     av_channel_layout_uninit(&in);
     if (r < 0 || swr_init(swr_) < 0) {
       swr_free(&swr_);
@@ -452,20 +493,60 @@ bool LFFmpegSource::Decoder::Append() {
   }
   const int room = swr_get_out_samples(swr_, frame_->nb_samples);
   if (room < 0) return false;
-  // Frames already taken make room at the front.
-  const size_t ch = static_cast<size_t>(channels_);
-  if (queueHead_ > 0) {
-    std::memmove(queue_.data(), queue_.data() + queueHead_ * ch, queueFrames_ * ch * sizeof(float));
-    queueHead_ = 0;
-  }
-  const size_t need = (queueFrames_ + static_cast<size_t>(room)) * ch;
-  if (queue_.size() < need) queue_.resize(need);
-  auto* out = reinterpret_cast<std::uint8_t*>(queue_.data() + queueFrames_ * ch);
+  const size_t bytes = static_cast<size_t>(room) * ch * static_cast<size_t>(av_get_bytes_per_sample(packed));
+  if (reshaped_.size() < bytes) reshaped_.resize(bytes);
+  std::uint8_t* out = reshaped_.data();
   const int made =
       swr_convert(swr_, &out, room, const_cast<const std::uint8_t**>(frame_->extended_data), frame_->nb_samples);
   if (made < 0) return false;
-  queueFrames_ += static_cast<size_t>(made);
+  const size_t n = static_cast<size_t>(made);
+  if (queue_.size() < (queueFrames_ + n) * ch) queue_.resize((queueFrames_ + n) * ch);
+  std::uint8_t* planes[1] = {out};
+  if (!ToFloat(planes, packed, n, queue_.data() + queueFrames_ * ch)) return false;
+  queueFrames_ += n;
   return true;
+}
+
+bool LFFmpegSource::Decoder::ToFloat(std::uint8_t* const* data, AVSampleFormat format, size_t frames,
+                                     float* out) const {
+  const size_t ch = static_cast<size_t>(channels_);
+  const bool planar = av_sample_fmt_is_planar(format) != 0;
+  // Packed samples convert as one run; planes one channel at a time into the interleaved order.
+  auto run = [&](auto in) {
+    if (!planar) {
+      for (size_t i = 0; i < frames * ch; ++i) out[i] = in(data[0], i);
+      return true;
+    }
+    for (size_t c = 0; c < ch; ++c) {
+      for (size_t i = 0; i < frames; ++i) out[i * ch + c] = in(data[c], i);
+    }
+    return true;
+  };
+  switch (av_get_packed_sample_fmt(format)) {
+    case AV_SAMPLE_FMT_U8:
+      return run([](const std::uint8_t* p, size_t i) { return LSFU8::In(p + i); });
+    case AV_SAMPLE_FMT_S16:
+      // G.711 decoders give 16-bit linear values; ours read the same codes at the 516096 working scale.
+      if (dec_ && (dec_->codec_id == AV_CODEC_ID_PCM_ALAW || dec_->codec_id == AV_CODEC_ID_PCM_MULAW)) {
+        return run([](const std::uint8_t* p, size_t i) {
+          return static_cast<float>(lsf_detail::Load<std::int16_t>(p + 2 * i) * 16 / 516096.0);
+        });
+      }
+      return run([](const std::uint8_t* p, size_t i) { return LSF16::In(p + 2 * i); });
+    case AV_SAMPLE_FMT_S32:
+      return run([](const std::uint8_t* p, size_t i) { return LSF32::In(p + 4 * i); });
+    case AV_SAMPLE_FMT_S64:
+      return run([](const std::uint8_t* p, size_t i) {
+        return static_cast<float>(static_cast<double>(lsf_detail::Load<std::int64_t>(p + 8 * i)) /
+                                  9223372036854775807.0);
+      });
+    case AV_SAMPLE_FMT_FLT:
+      return run([](const std::uint8_t* p, size_t i) { return LSFF32::In(p + 4 * i); });
+    case AV_SAMPLE_FMT_DBL:
+      return run([](const std::uint8_t* p, size_t i) { return LSFF64::In(p + 8 * i); });
+    default:
+      return false;
+  }
 }
 
 bool LFFmpegSource::Decoder::Skip(long long n) {
@@ -561,6 +642,11 @@ LFFmpegSource::~LFFmpegSource() = default;
 
 bool LFFmpegSource::IsAvailable() { return true; }
 
+bool LFFmpegSource::Describe(std::unique_ptr<LByteStream> stream, const char* name, LSoundFileInfo* info) {
+  Decoder decoder;
+  return info && decoder.Describe(std::move(stream), name, info) == kLSourceOK;
+}
+
 LSoundSource LFFmpegSource::Open(std::unique_ptr<LByteStream> stream, const char* name, LSoundFileInfo* info) {
   auto decoder = std::make_unique<Decoder>();
   LSoundFileInfo scratch;
@@ -586,6 +672,7 @@ LFFmpegSource::LFFmpegSource(std::unique_ptr<Decoder> decoder, unsigned rate, in
     : LSoundSourceBase(rate, static_cast<std::uint8_t>(channels)), decoder_(std::move(decoder)) {}
 LFFmpegSource::~LFFmpegSource() = default;
 bool LFFmpegSource::IsAvailable() { return false; }
+bool LFFmpegSource::Describe(std::unique_ptr<LByteStream>, const char*, LSoundFileInfo*) { return false; }
 
 LSoundSource LFFmpegSource::Open(std::unique_ptr<LByteStream>, const char*, LSoundFileInfo* info) {
   if (info) info->codecName = info->codecLongName = kLFFmpegCodecName;

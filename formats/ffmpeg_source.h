@@ -4,7 +4,9 @@
 // RF64, the sound track of video files and the rest).
 //
 // The first audio stream is decoded to interleaved float at its own rate and
-// channel count. The length of compressed sound is counted when the file is
+// channel count, integers scaled as our sample formats scale them (16 bits by
+// 32767, G.711 at its working scale), so a file reads the same here as through
+// our own readers. The length of compressed sound is counted when the file is
 // opened, by decoding it through once (only the decoder knows for certain how
 // many frames come out); uncompressed sound takes the container's count. So
 // GetEndSample is exact and the source never streams. The decoder honours the
@@ -36,6 +38,9 @@ public:
   // name is only a hint for probing (its extension); the stream stands at the file's start.
   [[nodiscard]] static LSoundSource Open(std::unique_ptr<LByteStream> stream, const char* name,
                                          LSoundFileInfo* info = nullptr);
+  // Fills info from the container's headers alone, without decoding: what a
+  // save needs to keep the file's format. False when FFmpeg cannot read it.
+  [[nodiscard]] static bool Describe(std::unique_ptr<LByteStream> stream, const char* name, LSoundFileInfo* info);
   // False in builds without FFmpeg.
   [[nodiscard]] static bool IsAvailable();
 

@@ -1,7 +1,10 @@
 #include "formats/sound_file.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
 #include <climits>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <strings.h>
@@ -13,10 +16,14 @@
 #include "engine/resample_source.h"
 #include "engine/source_to_sink.h"
 #include "formats/aiff_file.h"
+#include "formats/empty_stream.h"
 #include "formats/ffmpeg_sink.h"
 #include "formats/ffmpeg_source.h"
+#include "formats/ffmpeg_tag_keys.h"
+#include "formats/id3_frame_table.h"
 #include "formats/mp3_sink.h"
 #include "formats/open_error.h"
+#include "formats/wav_tag_keys.h"
 #include "formats/wav_tags.h"
 #include "formats/wave_file.h"
 #include "formats/wave_format.h"
@@ -48,7 +55,10 @@ constexpr const char* kFFmpegExtensions[] = {"mp3", "mp2", "flac", "ogg",  "oga"
 // GSM 6.10 is defined at this rate.
 constexpr std::uint32_t kGsmRate = 8000;
 constexpr int kKbit = 1000;
+// Transparent for most listeners at a size well below the lossless one.
 constexpr int kDefaultMp3Quality = 2;
+constexpr int kDefaultVorbisQuality = 5;
+constexpr int kDefaultOpusKbitPerChannel = 64;
 constexpr std::size_t kSniffBytes = 12;
 constexpr std::uint32_t kDefaultRate = 44100;
 constexpr int kDefaultChannels = 2;
@@ -193,6 +203,15 @@ LSoundSource OpenAny(const Origin& origin, LSoundFileInfo* out) {
       return ff;
     }
   }
+  // What our writers make of no sound, which FFmpeg refuses.
+  if (auto stream = origin.Open()) {
+    LSoundFileInfo emptyInfo;
+    LSoundSource empty = LOpenEmptyStream(*stream, &emptyInfo);
+    if (!empty.IsError()) {
+      *info = emptyInfo;
+      return empty;
+    }
+  }
   // Our reader's answer names the codec better than FFmpeg's refusal.
   if (!own.IsEmpty()) {
     *info = ownInfo;
@@ -270,6 +289,45 @@ LSoundSink OpenWaveSink(const char* path, const LSoundFileFormat& format, std::u
   }
 }
 
+// Passes a source through and keeps the largest magnitude it gave.
+class LSRCPeak final : public LSoundSourceBase {
+public:
+  explicit LSRCPeak(LSoundSource source)
+      : LSoundSourceBase(source.GetSampleRate(), static_cast<std::uint8_t>(source.GetChannels())),
+        source_(std::move(source)) {}
+  void Read(float* buffer, long long frames) override {
+    source_.Read(buffer, frames);
+    const long long n = frames > 0 ? frames * GetChannels() : 0;
+    for (long long i = 0; i < n; ++i) peak_ = std::max(peak_, std::fabs(buffer[i]));
+  }
+  long long GetPositionSample() const override { return source_.GetPositionSample(); }
+  long long GetEndSample() const override { return source_.GetEndSample(); }
+  void Seek(long long frame) override { source_.Seek(frame); }
+  float Peak() const { return peak_; }
+
+private:
+  LSoundSource source_;
+  float peak_ = 0.0f;
+};
+
+// Whether the format stores integers, which hold nothing beyond full scale.
+bool IntegerFormat(const LSoundFileFormat& f) {
+  switch (f.kind) {
+    case LSoundFileKind::kWave:
+    case LSoundFileKind::kRF64:
+      return f.layout != LSoundFileLayout::kFloat;
+    case LSoundFileKind::kAiff:
+    case LSoundFileKind::kFlac:
+      return true;
+    case LSoundFileKind::kRaw:
+      return f.raw.formatCode != 7 && f.raw.formatCode != 8;  // the float codes
+    default:
+      return false;
+  }
+}
+
+bool IsMarkerKey(const std::string& key) { return key.rfind("marker_", 0) == 0; }
+
 std::string Fill(const char* text, const char* path) {
   std::string out = text;
   if (auto at = out.find("%s"); at != std::string::npos) out.replace(at, 2, path ? path : "");
@@ -317,6 +375,221 @@ bool LSoundFileKindForPath(const char* path, LSoundFileKind* kind) {
   return !ext.empty() && LSoundFileKindFromName(ext.c_str(), kind);
 }
 
+bool LSoundFileKindHolds(LSoundFileKind kind, LSoundFileLayout layout) {
+  using L = LSoundFileLayout;
+  switch (kind) {
+    case LSoundFileKind::kWave:
+      return true;
+    case LSoundFileKind::kRF64:
+      return layout == L::kPcm16 || layout == L::kPcm24 || layout == L::kPcm32 || layout == L::kFloat;
+    case LSoundFileKind::kAiff:
+      return layout == L::kPcm8 || layout == L::kPcm16 || layout == L::kPcm24 || layout == L::kPcm32;
+    case LSoundFileKind::kFlac:
+      return layout == L::kPcm16 || layout == L::kPcm24;
+    default:
+      return false;
+  }
+}
+
+namespace {
+
+// The layout a kind holds that comes nearest to the one asked for: no fewer bits where it can.
+LSoundFileLayout NearestLayout(LSoundFileKind kind, LSoundFileLayout layout) {
+  using L = LSoundFileLayout;
+  if (LSoundFileKindHolds(kind, layout)) return layout;
+  const L wider[] = {layout == L::kFloat || layout == L::kPcm32 ? L::kPcm32 : L::kPcm16, L::kPcm24, L::kPcm16};
+  for (L l : wider) {
+    if (LSoundFileKindHolds(kind, l)) return l;
+  }
+  return L::kPcm16;
+}
+
+bool LayoutOfCodec(const LSoundFileInfo& info, LSoundFileLayout* layout) {
+  using L = LSoundFileLayout;
+  const std::string& c = info.codecName;
+  if (c == "pcm_alaw") *layout = L::kALaw;
+  else if (c == "pcm_mulaw") *layout = L::kULaw;
+  else if (c == "adpcm_ima_wav") *layout = L::kIma;
+  else if (c == "gsm_ms") *layout = L::kGsm;
+  else if (c.rfind("pcm_f", 0) == 0) *layout = L::kFloat;
+  else if (c.rfind("pcm_", 0) == 0 || c == "flac" || c == "alac" || c == "wavpack") {
+    const int bits = info.bitsPerSample;
+    if (bits <= 0) return false;
+    *layout = bits <= 8 ? L::kPcm8 : bits <= 16 ? L::kPcm16 : bits <= 24 ? L::kPcm24 : L::kPcm32;
+  } else {
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool LSoundFileFormatOf(const LSoundFileInfo& info, LSoundFileFormat* format) {
+  const std::string& f = info.formatName;
+  const std::string& c = info.codecName;
+  LSoundFileFormat out;
+  if (f == "wav" || f == "w64") {
+    out.kind = LSoundFileKind::kWave;
+  } else if (f == "aiff") {
+    out.kind = LSoundFileKind::kAiff;
+  } else if (f == "flac") {
+    out.kind = LSoundFileKind::kFlac;
+  } else if (c == "mp3") {
+    out.kind = LSoundFileKind::kMP3;
+  } else if (c == "vorbis") {
+    out.kind = LSoundFileKind::kOgg;
+  } else if (c == "opus") {
+    out.kind = LSoundFileKind::kOpus;
+  } else if (c.rfind("pcm_", 0) == 0 || c == "alac" || c == "wavpack") {
+    out.kind = LSoundFileKind::kWave;  // other lossless containers come back as WAVE
+  } else {
+    return false;
+  }
+  if (!LayoutOfCodec(info, &out.layout)) out.layout = LSoundFileLayout::kPcm16;
+  if (out.kind == LSoundFileKind::kMP3 || out.kind == LSoundFileKind::kOgg || out.kind == LSoundFileKind::kOpus) {
+    out.bitRate = static_cast<int>((info.bitRate + kKbit / 2) / kKbit);
+  }
+  *format = out;
+  return true;
+}
+
+bool LSoundFileFormatChoose(const std::string& target, const std::string& name, const LSoundFileFormat* original,
+                            LSoundFileFormat* format, std::string* message) {
+  LSoundFileLayout layout = original ? original->layout : LSoundFileLayout::kPcm16;
+  bool layoutNamed = false;
+  LSoundFileKind kind;
+  const bool byPath = LSoundFileKindForPath(target.c_str(), &kind);
+  if (!name.empty()) {
+    if (LSoundFileLayoutFromName(name.c_str(), &layout)) {
+      layoutNamed = true;
+      // A layout name keeps the target's kind ("out.aiff --to pcm24").
+      if (!byPath) kind = original ? original->kind : LSoundFileKind::kWave;
+    } else if (!LSoundFileKindFromName(name.c_str(), &kind)) {
+      *message = "Unbekanntes Format \"" + name +
+                 "\". Möglich sind wav, rf64, aiff, mp3, flac, ogg, opus, raw und die Sample-Formate pcm8, pcm16, "
+                 "pcm24, pcm32, float, alaw, ulaw, ima, gsm.";
+      return false;
+    }
+  } else if (!byPath) {
+    *message = "Das Format von \"" + target + "\" lässt sich nicht an der Endung erkennen. Bitte --to FORMAT angeben.";
+    return false;
+  }
+  if (kind == LSoundFileKind::kRaw) {
+    *message = "Eine Datei ohne Dateikopf wie \"" + target +
+               "\" braucht ihr Sample-Format: bitte --raw RATE,KANÄLE,CODE angeben.";
+    return false;
+  }
+  if (layoutNamed && !LSoundFileKindHolds(kind, layout)) {
+    *message = std::string("Das Format ") + LSoundFileKindName(kind) + " kann keine Samples als " +
+               LSoundFileLayoutName(layout) + " speichern; \"" + target + "\" wird nicht geschrieben.";
+    return false;
+  }
+  format->kind = kind;
+  format->layout = NearestLayout(kind, layout);
+  format->bitRate = original && original->kind == kind ? original->bitRate : 0;
+  return true;
+}
+
+bool LSoundFileQualityParse(const std::string& text, LSoundFileFormat* format, std::string* message) {
+  struct Range {
+    LSoundFileKind kind;
+    int minKbit, maxKbit;
+    int minQuality, maxQuality;  // equal when the kind has no quality scale
+  };
+  constexpr Range kRanges[] = {{LSoundFileKind::kMP3, 8, 320, 0, 9},
+                               {LSoundFileKind::kOgg, 32, 500, -1, 10},
+                               {LSoundFileKind::kOpus, 6, 510, 0, 0}};
+  const Range* range = nullptr;
+  for (const Range& r : kRanges) {
+    if (r.kind == format->kind) range = &r;
+  }
+  if (!range) {
+    *message = std::string("--quality gilt nur für mp3, ogg und opus, nicht für ") + LSoundFileKindName(format->kind) +
+               ".";
+    return false;
+  }
+  const bool kbit = !text.empty() && (text.back() == 'k' || text.back() == 'K');
+  const std::string number = kbit ? text.substr(0, text.size() - 1) : text;
+  char* end = nullptr;
+  const long value = number.empty() ? 0 : std::strtol(number.c_str(), &end, 10);
+  const bool parsed = !number.empty() && end && *end == '\0';
+  const std::string kind = LSoundFileKindName(format->kind);
+  if (kbit) {
+    if (parsed && value >= range->minKbit && value <= range->maxKbit) {
+      format->bitRate = static_cast<int>(value);
+      format->quality = -2;
+      return true;
+    }
+    *message = "--quality für " + kind + " erwartet eine Bitrate von " + std::to_string(range->minKbit) + "k bis " +
+               std::to_string(range->maxKbit) + "k.";
+    return false;
+  }
+  if (range->minQuality == range->maxQuality) {
+    *message = "--quality für " + kind + " erwartet eine Bitrate, zum Beispiel 96k.";
+    return false;
+  }
+  if (parsed && value >= range->minQuality && value <= range->maxQuality) {
+    format->quality = static_cast<int>(value);
+    format->bitRate = 0;
+    return true;
+  }
+  *message = "--quality für " + kind + " erwartet eine Qualität von " + std::to_string(range->minQuality) + " bis " +
+             std::to_string(range->maxQuality) + (format->kind == LSoundFileKind::kMP3 ? " (0 ist die beste)" : " (10 ist die beste)") +
+             " oder eine Bitrate wie 192k.";
+  return false;
+}
+
+std::vector<std::string> LSoundFile::TagsNotHeld(const LSoundFileFormat& format) {
+  std::vector<std::string> out;
+  for (const LFileTag& tag : format.tags) {
+    const std::string key = tag.key.c_str();
+    if (tag.value.empty() || IsMarkerKey(key)) continue;
+    bool held = false;
+    switch (format.kind) {
+      case LSoundFileKind::kMP3:
+        held = LId3FrameOfKey(key.c_str()) != nullptr;
+        break;
+      case LSoundFileKind::kAiff:
+        held = key == "TITLE" || key == "ARTIST" || key == "COPYRIGHT" || key == "COMMENT";
+        break;
+      case LSoundFileKind::kWave:
+        for (const auto& k : kLWavInfoKeys) held = held || key == k.key;
+        for (const auto& k : kLWavBextFields) held = held || key == k.key;
+        for (const auto& k : kLWavCartFields) held = held || key == k.key;
+        break;
+      case LSoundFileKind::kRaw:
+        break;
+      default:
+        // Vorbis comments hold any key; RF64's INFO list what FFmpeg maps.
+        held = !LTagKeyToFFmpeg(key.c_str()).empty();
+        break;
+    }
+    if (!held) out.push_back(key + "=" + tag.value.c_str());
+  }
+  return out;
+}
+
+std::string LSoundFileSaveWarnings(const LSoundFileSaveNotes& notes, const LSoundFileFormat& format,
+                                   const char* path) {
+  std::string out;
+  if (notes.peak > 1.0f) {
+    char db[32];
+    std::snprintf(db, sizeof db, "%.1f", 20.0 * std::log10(static_cast<double>(notes.peak)));
+    const bool wraps = format.layout == LSoundFileLayout::kPcm24 || format.layout == LSoundFileLayout::kPcm32;
+    out += std::string("Warnung: Die Spitzen liegen ") + db + " dB über der Vollaussteuerung; in \"" + (path ? path : "") +
+           "\" (" + LSoundFileKindName(format.kind) + ", ganzzahlig) sind sie " +
+           (wraps ? "übergelaufen" : "abgeschnitten") +
+           ". Vorher normalisieren oder als float speichern, um sie zu behalten.\n";
+  }
+  if (!notes.droppedTags.empty()) {
+    out += std::string("Warnung: Das Format ") + LSoundFileKindName(format.kind) +
+           " hat keinen Platz für diese Tags; sie fehlen in \"" + (path ? path : "") + "\":";
+    for (std::size_t i = 0; i < notes.droppedTags.size(); ++i) out += (i ? ", " : " ") + notes.droppedTags[i];
+    out += "\n";
+  }
+  return out;
+}
+
 LSoundSource LSoundFile::OpenSource(const char* path, LSoundFileInfo* info) {
   if (!path) return LSoundSource::Error(kLSourceCannotOpen);
   return OpenAny(Origin(path), info);
@@ -336,6 +609,22 @@ LSoundSource LSoundFile::OpenSource(const char* path, const LRawSettings& raw, L
     info->formatLongName = "Rohdaten";
   }
   return LRawFile::OpenSource(path, raw);
+}
+
+bool LSoundFile::Describe(const char* path, LSoundFileInfo* info) {
+  if (!path || !info) return false;
+  const Origin origin(path);
+  unsigned char head[kSniffBytes] = {};
+  {
+    auto stream = origin.Open();
+    if (!stream) return false;
+    if (stream->Read(head, sizeof head) != static_cast<long long>(sizeof head)) return !OpenAny(origin, info).IsError();
+  }
+  const bool own = (std::memcmp(head, "RIFF", 4) == 0 && std::memcmp(head + 8, "WAVE", 4) == 0) ||
+                   LAiffFile::IsAiff(head, sizeof head);
+  if (!own && LFFmpegSource::IsAvailable() && LFFmpegSource::Describe(origin.Open(), path, info)) return true;
+  *info = LSoundFileInfo();
+  return !OpenAny(origin, info).IsError();
 }
 
 std::string LSoundFile::OpenErrorMessage(const LSoundSource& source, const char* path, const LSoundFileInfo& info) {
@@ -411,10 +700,11 @@ LSoundSink LSoundFile::OpenSink(const char* path, const LSoundFileFormat& format
       break;
     case LSoundFileKind::kOgg:
       ff.codec = LFFmpegSinkCodec::kVorbis;
-      ff.quality = static_cast<float>(format.quality);
+      ff.quality = static_cast<float>(format.quality >= -1 ? format.quality : kDefaultVorbisQuality);
       break;
     default:
       ff.codec = LFFmpegSinkCodec::kOpus;
+      if (ff.bitRate <= 0) ff.bitRate = kDefaultOpusKbitPerChannel * kKbit * std::min(ch, 8);
       break;
   }
   return LMakeSink<LSNKFFmpeg>(path, ff, &format.tags);
@@ -433,7 +723,7 @@ LSoundSource LSoundFile::AdaptSource(LSoundSource source, const LSoundSink& sink
 }
 
 LProcessResult LSoundFile::Save(LProcessInterface& process, LSoundSource source, const char* path,
-                                const LSoundFileFormat& format, const char* title) {
+                                const LSoundFileFormat& format, const char* title, LSoundFileSaveNotes* notes) {
   if (source.IsError()) {
     process.SetError(Fill(kWriteFailed, path).c_str());
     return kLProcessFailed;
@@ -459,8 +749,17 @@ LProcessResult LSoundFile::Save(LProcessInterface& process, LSoundSource source,
     process.SetError(LOpenErrorMessage(kLSourceCodecMissing, path, kLResampleCodecName).c_str());
     return kLProcessFailed;
   }
-  LPRSourceToSink job(title ? title : "", std::move(adapted), std::move(sink), true);
+  LSRCPeak* peak = nullptr;
+  if (notes && IntegerFormat(format)) {
+    peak = new LSRCPeak(std::move(adapted));
+    adapted = LSoundSource(peak);
+  }
+  LPRSourceToSink job(title ? title : "", adapted, std::move(sink), true);
   const LProcessResult result = Process(process, job);
+  if (notes) {
+    notes->peak = peak ? peak->Peak() : 0.0f;
+    notes->droppedTags = TagsNotHeld(format);
+  }
   if (result == kLProcessFailed) process.SetError(Fill(kWriteFailed, path).c_str());
   if (result != kLProcessSuccess) return result;
   if (format.kind == LSoundFileKind::kWave && !format.tags.Empty() &&

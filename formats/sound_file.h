@@ -20,6 +20,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "base/process_interface.h"
 #include "engine/sound_sink.h"
@@ -59,6 +60,42 @@ struct LSoundFileFormat {
 [[nodiscard]] const char* LSoundFileLayoutName(LSoundFileLayout layout);
 // The kind that the target's extension names; false when it names none we write.
 [[nodiscard]] bool LSoundFileKindForPath(const char* path, LSoundFileKind* kind);
+// Whether the kind stores samples in the layout (lossy kinds store none).
+[[nodiscard]] bool LSoundFileKindHolds(LSoundFileKind kind, LSoundFileLayout layout);
+
+// The format a file is in, as far as its opener told (info): kind, layout and,
+// for lossy codecs, the bit rate. False when the info names nothing we write.
+[[nodiscard]] bool LSoundFileFormatOf(const LSoundFileInfo& info, LSoundFileFormat* format);
+
+// Reads a --quality setting into the format, whose kind is chosen: "192k" a bit
+// rate in kbit/s (MP3 8 to 320, Vorbis 32 to 500, Opus 6 to 510), a plain
+// number a variable-rate quality (MP3 0 best to 9, Vorbis -1 to 10 best). False
+// with a German message for a value out of range or a kind without a setting.
+[[nodiscard]] bool LSoundFileQualityParse(const std::string& text, LSoundFileFormat* format, std::string* message);
+
+// The format to save to target in. name, when not empty, is a kind ("flac") or
+// a layout ("pcm24"); otherwise the target's extension names the kind. What
+// neither says is kept from original (the format the sound came in, may be
+// null): its layout where the kind holds it, else the nearest the kind holds,
+// and a lossy codec's bit rate when the kind stays. A layout the kind cannot
+// hold ("pcm16" for an MP3 target), a kind that cannot be told, and a
+// headerless target (which needs its raw settings) are refused with a German
+// message. The other fields of format are left as they are.
+[[nodiscard]] bool LSoundFileFormatChoose(const std::string& target, const std::string& name,
+                                          const LSoundFileFormat* original, LSoundFileFormat* format,
+                                          std::string* message);
+
+// What a save could not keep, for the caller to tell.
+struct LSoundFileSaveNotes {
+  // The largest magnitude of a sample saved into an integer layout: above 1.0
+  // it was clipped (16 bits and less) or wrapped (24 and 32 bits). 0 otherwise.
+  float peak = 0.0f;
+  // Tags that the format has no place for.
+  std::vector<std::string> droppedTags;
+};
+// German warnings, one a line, each ending in a newline; empty when all was kept.
+[[nodiscard]] std::string LSoundFileSaveWarnings(const LSoundFileSaveNotes& notes, const LSoundFileFormat& format,
+                                                 const char* path);
 
 class LSoundFile {
 public:
@@ -71,6 +108,9 @@ public:
   // Bytes in memory that outlive the source (fuzzers, tests); name hints at the format by its extension.
   [[nodiscard]] static LSoundSource OpenSource(const unsigned char* data, std::size_t size, const char* name,
                                                LSoundFileInfo* info = nullptr);
+  // What OpenSource would tell of the file's format and tags, read from its
+  // headers where that is cheaper than opening it (no decoding of compressed sound).
+  [[nodiscard]] static bool Describe(const char* path, LSoundFileInfo* info);
   // The German message for a source that failed to open.
   [[nodiscard]] static std::string OpenErrorMessage(const LSoundSource& source, const char* path,
                                                     const LSoundFileInfo& info);
@@ -88,8 +128,12 @@ public:
   [[nodiscard]] static const char* MissingCodec(const LSoundFileFormat& format);
 
   // Writes the source from its position to its end into path in the format,
-  // with its tags where the format carries them. A failure sets a German
-  // message on process and answers kLProcessFailed; the file may be left partly written.
+  // with its tags where the format carries them; notes, when given, receive
+  // what the format could not keep. A failure sets a German message on process
+  // and answers kLProcessFailed; the file may be left partly written.
   [[nodiscard]] static LProcessResult Save(LProcessInterface& process, LSoundSource source, const char* path,
-                                           const LSoundFileFormat& format, const char* title = "Speichern");
+                                           const LSoundFileFormat& format, const char* title = "Speichern",
+                                           LSoundFileSaveNotes* notes = nullptr);
+  // Keys of the tags that the format has no place for (markers aside).
+  [[nodiscard]] static std::vector<std::string> TagsNotHeld(const LSoundFileFormat& format);
 };

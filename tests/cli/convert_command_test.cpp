@@ -132,3 +132,32 @@ TEST(InfoCommand, PrintsTheDurationAsHoursMinutesSecondsAndMilliseconds) {
   EXPECT_NE(r.out.find("0:00:01.500"), std::string::npos) << r.out;
   EXPECT_NE(r.out.find("WAVE, PCM 16 Bit"), std::string::npos);
 }
+
+TEST_F(ConvertCommand, TheOutputKeepsTheInputsDepthAndATargetThatCannotHoldWhatIsAskedIsRefused) {
+  const std::string deep = tmp_.File("tief.wav"), flac = tmp_.File("tief.flac"), back = tmp_.File("zurueck.aiff");
+  ASSERT_EQ(RunSonvale({"convert", in_, deep, "--to", "pcm24"}).status, 0);
+  ASSERT_EQ(RunSonvale({"convert", deep, flac}).status, 0);
+  ASSERT_EQ(RunSonvale({"convert", flac, back}).status, 0);
+  for (const std::string& file : {flac, back}) EXPECT_NE(RunSonvale({"info", file}).out.find("24 Bit"), std::string::npos);
+
+  for (const std::vector<std::string>& refused :
+       {std::vector<std::string>{in_, tmp_.File("a.mp3"), "--to", "pcm16"}, {in_, tmp_.File("a.raw")},
+        {in_, tmp_.File("a.opus"), "--quality", "5"}, {in_, tmp_.File("a.flac"), "--quality", "128k"},
+        {in_, tmp_.File("b.mp3"), "--quality", "12"}}) {
+    std::vector<std::string> args = {"convert"};
+    args.insert(args.end(), refused.begin(), refused.end());
+    CommandResult r = RunSonvale(args);
+    EXPECT_EQ(r.status, 2) << refused[1];
+    EXPECT_FALSE(r.err.empty());
+    struct stat st {};
+    EXPECT_NE(::stat(refused[1].c_str(), &st), 0) << refused[1];
+  }
+  // A bit rate the encoder is given.
+  const std::string mp3 = tmp_.File("q.mp3");
+  CommandResult r = RunSonvale({"convert", in_, mp3, "--quality", "64k"});
+  if (r.status == 0 && ToolAvailable("ffprobe")) {
+    std::string rate;
+    ASSERT_EQ(RunTool("ffprobe -v error -show_entries stream=bit_rate -of csv=p=0 '" + mp3 + "'", &rate), 0);
+    EXPECT_EQ(std::stol(rate), 64000);
+  }
+}

@@ -187,3 +187,28 @@ TEST_F(EditCommand, ABatchRunsEveryFileIndependentlyAndSumsUp) {
   EXPECT_EQ(ReadFileBytes(out + "/in.flac"), "");
   EXPECT_NE(ReadFileBytes(out + "/b.flac"), "");
 }
+
+TEST_F(EditCommand, ASaveKeepsTheFilesFormatAndSaysWhatTheChosenFormatCannotKeep) {
+  // 24 bits, float and FLAC come back as they were, not as 16-bit PCM.
+  const std::string deep = tmp_.File("tief.wav"), loud = tmp_.File("laut.wav"), flac = tmp_.File("tief.flac");
+  ASSERT_EQ(Edit({"convert", in_, deep, "--to", "pcm24"}).status, 0);
+  ASSERT_EQ(Edit({"edit", in_, "-e", "amplify 20", "-o", loud, "--to", "float"}).status, 0);
+  ASSERT_EQ(Edit({"convert", deep, flac}).status, 0);
+  const std::pair<std::string, const char*> kept[] = {
+      {deep, "WAVE, PCM 24 Bit"}, {loud, "WAVE, Gleitkomma 32 Bit"}, {flac, "24 Bit"}};
+  for (const auto& [file, format] : kept) {
+    CommandResult r = Edit({"edit", file, "-e", "select 0 0.1; amplify -1", "-o", file});
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_NE(Edit({"info", file}).out.find(format), std::string::npos) << file;
+  }
+  // Peaks above full scale say so when saved to integers; tags MP3 has no frame for are named.
+  CommandResult r = Edit({"edit", loud, "-o", tmp_.File("ganz.wav"), "--to", "pcm16"});
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_NE(r.err.find("Vollaussteuerung"), std::string::npos) << r.err;
+  r = Edit({"edit", in_, "-e", "tag COMPOSER=Bach; tag TRACK=4/10; tag TITLE=Fuge", "-e", "save " + tmp_.File("t.mp3")});
+  if (r.status == 0) {
+    EXPECT_NE(r.err.find("COMPOSER=Bach"), std::string::npos) << r.err;
+    EXPECT_NE(r.err.find("TRACK=4/10"), std::string::npos) << r.err;
+    EXPECT_EQ(r.err.find("TITLE"), std::string::npos) << r.err;
+  }
+}

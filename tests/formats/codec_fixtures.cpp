@@ -7,6 +7,7 @@
 #include <limits>
 #include <sstream>
 
+#include "engine/sample_format.h"
 #include "wave_fixtures.h"
 
 std::string ShellQuote(const std::string& path) {
@@ -34,12 +35,18 @@ bool FFmpegHasEncoder(const char* name) {
   return list.find(std::string(" ") + name + " ") != std::string::npos;
 }
 
-std::vector<float> FFmpegDecode(const std::string& path, int channels, int rate, const std::string& scratch) {
-  if (!FFmpegMake("-i " + ShellQuote(path) + " -map 0:a:0 -f f32le -ac " + std::to_string(channels) + " -ar " +
-                  std::to_string(rate) + " " + ShellQuote(scratch))) {
+std::vector<float> FFmpegDecode(const std::string& path, int channels, int rate, const std::string& scratch,
+                                bool sixteenBits) {
+  if (!FFmpegMake("-i " + ShellQuote(path) + " -map 0:a:0 -f " + (sixteenBits ? "s16le" : "f32le") + " -ac " +
+                  std::to_string(channels) + " -ar " + std::to_string(rate) + " " + ShellQuote(scratch))) {
     return {};
   }
   Bytes bytes = FileBytes(scratch);
+  if (sixteenBits) {
+    std::vector<float> out(bytes.size() / 2);
+    ConvertSamplesIn<LSF16>(out.data(), bytes.data(), static_cast<long long>(out.size()));
+    return out;
+  }
   std::vector<float> out(bytes.size() / sizeof(float));
   std::memcpy(out.data(), bytes.data(), out.size() * sizeof(float));
   return out;

@@ -14,8 +14,10 @@ std::string ShellQuote(const std::string& path);
 bool FFmpegMake(const std::string& arguments);
 // True when this ffmpeg has the encoder.
 bool FFmpegHasEncoder(const char* name);
-// What ffmpeg decodes from the file, as interleaved float at the rate and channel count.
-std::vector<float> FFmpegDecode(const std::string& path, int channels, int rate, const std::string& scratch);
+// What ffmpeg decodes from the file, as interleaved float at the rate and channel count;
+// with sixteenBits as 16-bit values scaled as our 16-bit formats scale them.
+std::vector<float> FFmpegDecode(const std::string& path, int channels, int rate, const std::string& scratch,
+                                bool sixteenBits = false);
 // What ffprobe reports of the first audio stream and the container in one call:
 // "sample_rate", "channels", "duration_ts", "duration", "codec_name", "format_name"
 // and the tags as "tag:<key in lower case>" (stream tags where the container has none).
