@@ -43,6 +43,12 @@ TEST(SoundCacheAudioInfo, RoundTripsInMemoryWithTheOriginalFileAndLastUse) {
   EXPECT_TRUE(back.hasLastUse);
   EXPECT_EQ(back.lastUse, 1700000000);
   EXPECT_TRUE(back.unknown.empty());
+  // A description cut anywhere before its trailer is not taken for a whole one.
+  const std::vector<unsigned char> bytes = stream.Bytes();
+  for (std::size_t cut = 0; cut + 4 < bytes.size(); ++cut) {
+    LMemoryStream part(bytes.data(), cut);
+    EXPECT_FALSE(LSoundCacheAudioInfoRead(part, &back)) << cut;
+  }
 
   // The plain form: a header, chunks 16 and 17 (12 + 4 bytes each) in the root, the trailer.
   LSoundCacheAudioInfo plain;
