@@ -96,7 +96,8 @@ int RunConvertCommand(const std::vector<std::string>& args) {
     return kCommandFailed;
   }
   TerminalProgress progress;
-  LProcessResult result = LSoundFile::Save(progress, source, save.TempPath().c_str(), format, "Konvertieren");
+  LSafeSaveProcess reporting(progress, save);
+  LProcessResult result = LSoundFile::Save(reporting, source, save.TempPath().c_str(), format, "Konvertieren");
   progress.Finish();
   if (result == kLProcessCancelled) {
     PrintError("Abgebrochen. Die Datei \"" + files[1] + "\" bleibt unverändert.");

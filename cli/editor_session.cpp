@@ -206,7 +206,8 @@ int EditorSession::SaveCurrent(const std::string& path, const std::string& to) {
   }
   LSoundSource source = file->CutList().OpenSource();
   int status = RunJob("Speichern", [&](LProcessInterface& process) {
-    return LSoundFile::Save(process, source, save.TempPath().c_str(), format);
+    LSafeSaveProcess reporting(process, save);
+    return LSoundFile::Save(reporting, source, save.TempPath().c_str(), format);
   });
   if (status != kCommandOK) return status;
   if (!save.Commit()) return Fail("Die Datei \"" + target + "\" konnte nicht ersetzt werden. Sie bleibt unverändert.");

@@ -129,6 +129,7 @@ TEST(ConvertFaults, AConversionThatRunsOutOfRoomFailsAndLeavesTheOldFileAsItWas)
       if (limit < size) {
         EXPECT_NE(status, 0) << layout << ": a conversion limited to " << limit << " of " << size << " bytes succeeded";
         EXPECT_FALSE(run.said.empty()) << layout << " at " << limit << ": the failure went unsaid";
+        EXPECT_EQ(run.said.find(".sonvale-"), std::string::npos) << layout << " at " << limit << ": " << run.said;
         EXPECT_EQ(ReadFileBytes(out), kOldContent) << layout << " at " << limit << ": the old file was replaced";
       } else {
         EXPECT_EQ(status, 0) << layout;
