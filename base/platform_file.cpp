@@ -1,7 +1,9 @@
 #include "base/platform_file.h"
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -81,8 +83,11 @@ bool LFileDetailsGet(const char* path, LFileDetails* out) {
   if (!path || ::stat(path, &st) != 0) return false;
   if (out) {
     out->size = static_cast<std::uint64_t>(st.st_size);
-    out->modTime = static_cast<long>(st.st_mtime);
+    out->modTime = static_cast<long>(st.st_mtim.tv_sec);
+    out->modTimeNanoseconds = static_cast<long>(st.st_mtim.tv_nsec);
     out->attributes = static_cast<std::uint32_t>(st.st_mode);
+    out->device = static_cast<std::uint64_t>(st.st_dev);
+    out->inode = static_cast<std::uint64_t>(st.st_ino);
   }
   return true;
 }
@@ -129,4 +134,34 @@ bool LFileDelete(const char* path) {
   if (::unlink(path) == 0 || errno == ENOENT) return true;
   LFileClearFlags(path);
   return ::unlink(path) == 0 || errno == ENOENT;
+}
+
+LStringLong LPathResolve(const char* path) {
+  if (!path || !*path) return {};
+  char* resolved = ::realpath(path, nullptr);
+  if (!resolved) return {};
+  LStringLong result = resolved;
+  std::free(resolved);
+  return result;
+}
+
+LStringLong LPathFollowLinks(const char* path) {
+  if (!path) return {};
+  constexpr int kMaxLinks = 40;  // as the kernel's own limit
+  LStringLong at = path;
+  for (int hop = 0; hop < kMaxLinks; ++hop) {
+    struct stat st {};
+    if (::lstat(at.c_str(), &st) != 0 || !S_ISLNK(st.st_mode)) return at;
+    char target[PATH_MAX];
+    const ssize_t length = ::readlink(at.c_str(), target, sizeof target - 1);
+    if (length <= 0) return at;
+    target[length] = '\0';
+    if (target[0] == '/') {
+      at = target;
+    } else {
+      const auto slash = at.rfind('/');
+      at = slash == LStringLong::npos ? LStringLong(target) : at.substr(0, slash + 1) + target;
+    }
+  }
+  return path;
 }

@@ -4,6 +4,8 @@
 // open, flock or unlink directly.
 #include <cstdint>
 
+#include "base/string_long.h"
+
 enum class LFileLock { None, Shared, Exclusive };
 
 enum LFileOpenFlag : unsigned {
@@ -30,8 +32,12 @@ void LFileUnlock(int fd);
 struct LFileDetails {
   std::uint64_t size = 0;
   long modTime = 0;          // seconds since the epoch
+  long modTimeNanoseconds = 0;  // within that second
   std::uint32_t attributes = 0;  // permission bits and file type
+  std::uint64_t device = 0;  // with inode, which file this is, whatever path names it
+  std::uint64_t inode = 0;
 };
+// Follows symbolic links.
 [[nodiscard]] bool LFileDetailsGet(const char* path, LFileDetails* out);
 [[nodiscard]] bool LFileExists(const char* path);
 
@@ -47,6 +53,14 @@ bool LFileDelete(const char* path);
 // Renames from over to, flushing from to disk first, so that to is either the
 // old file or the whole new one, even after a crash.
 [[nodiscard]] bool LFileReplace(const char* from, const char* to);
+
+// The absolute path of an existing file with every link and "." or ".." resolved;
+// empty when the file does not exist.
+[[nodiscard]] LStringLong LPathResolve(const char* path);
+// The path that symbolic links at path lead to (relative links taken from the
+// folder of the link), path itself when it is no link. The last one need not
+// exist; a loop or more than 40 links gives path itself.
+[[nodiscard]] LStringLong LPathFollowLinks(const char* path);
 
 // Sleeps, resuming after signals, for the whole time.
 void LSleepMs(int ms);

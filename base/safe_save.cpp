@@ -9,9 +9,11 @@
 
 LSafeSave::LSafeSave(const char* target) : target_(target ? target : "") {
   if (target_.empty()) return;
-  auto slash = target_.rfind('/');
-  LStringLong folder = slash == LStringLong::npos ? "." : target_.substr(0, slash == 0 ? 1 : slash);
-  LStringLong name = slash == LStringLong::npos ? target_ : target_.substr(slash + 1);
+  // Replacing a link would leave the file it leads to with the old content.
+  written_ = LPathFollowLinks(target_.c_str());
+  auto slash = written_.rfind('/');
+  LStringLong folder = slash == LStringLong::npos ? "." : written_.substr(0, slash == 0 ? 1 : slash);
+  LStringLong name = slash == LStringLong::npos ? written_ : written_.substr(slash + 1);
   LStringLong pattern = folder + "/." + name + ".sonvale-XXXXXX";
   std::vector<char> buffer(pattern.begin(), pattern.end());
   buffer.push_back('\0');
@@ -21,7 +23,7 @@ LSafeSave::LSafeSave(const char* target) : target_(target ? target : "") {
   mode_t mask = umask(0);
   umask(mask);
   struct stat st {};
-  fchmod(fd, ::stat(target_.c_str(), &st) == 0 ? (st.st_mode & 07777) : (0666 & ~mask));
+  fchmod(fd, ::stat(written_.c_str(), &st) == 0 ? (st.st_mode & 07777) : (0666 & ~mask));
   ::close(fd);
   temp_ = buffer.data();
 }
@@ -32,7 +34,15 @@ LSafeSave::~LSafeSave() {
 
 bool LSafeSave::Commit() {
   if (temp_.empty() || committed_) return false;
-  if (!LFileReplace(temp_.c_str(), target_.c_str())) return false;
+  if (!LFileReplace(temp_.c_str(), written_.c_str())) return false;
   committed_ = true;
   return true;
+}
+
+LStringLong LSafeSave::UserText(const char* text) const {
+  LStringLong out = text ? text : "";
+  if (temp_.empty()) return out;
+  for (auto at = out.find(temp_); at != LStringLong::npos; at = out.find(temp_, at + target_.size()))
+    out.replace(at, temp_.size(), target_);
+  return out;
 }

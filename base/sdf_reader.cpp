@@ -32,6 +32,7 @@ bool LSDFReader::Open(LByteStream& stream, unsigned int expectedFileType) {
     return false;
   }
   // A file cut short is read up to the cut.
+  rootCut_ = root_.length > streamSize_ - root_.dataOffset;
   root_.length = std::min(root_.length, streamSize_ - root_.dataOffset);
   return true;
 }
@@ -39,6 +40,7 @@ bool LSDFReader::Open(LByteStream& stream, unsigned int expectedFileType) {
 void LSDFReader::Close() {
   stream_ = nullptr;
   ok_ = false;
+  rootCut_ = false;
   LArray<unsigned char>().swap(buffer_);
   bufferPos_ = bufferEnd_ = 0;
   filePos_ = 0;
@@ -77,6 +79,8 @@ unsigned long long LSDFReader::Read(void* buffer, unsigned long long n) {
       if (n - done >= buffer_.size()) {
         unsigned long long want = std::min<unsigned long long>(n - done, LLONG_MAX);
         long long got = stream_->Read(out + done, static_cast<long long>(want));
+        // The buffer no longer lies just before the stream's position; a seek back must not find it.
+        bufferPos_ = bufferEnd_ = 0;
         if (got <= 0) break;
         filePos_ += static_cast<unsigned long long>(got);
         done += static_cast<unsigned long long>(got);

@@ -38,6 +38,10 @@ public:
   unsigned short DataVersion() const { return dataVersion_; }
   // The root container; its length is cut to what the stream holds.
   const LSDFChunkInfo& RootInfo() const { return root_; }
+  // True when the root claims more than the stream holds: the file was cut short.
+  bool RootIsCut() const { return rootCut_; }
+  // A walk that met the end of the stream inside a container: clears IsOK().
+  void ShortReadSet() { ok_ = false; }
   // The stream's size when opened; no chunk reaches beyond it.
   unsigned long long StreamSize() const { return streamSize_; }
 
@@ -58,6 +62,7 @@ private:
   unsigned int fileType_ = 0;
   unsigned short dataVersion_ = 0;
   LSDFChunkInfo root_;
+  bool rootCut_ = false;
   unsigned long long streamSize_ = 0;
 
   std::size_t bufferSize_;

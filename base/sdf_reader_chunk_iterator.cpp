@@ -4,6 +4,7 @@
 
 LSDFReaderChunkIterator::LSDFReaderChunkIterator(LSDFReader& reader) : reader_(reader) {
   Begin(reader.RootInfo());
+  cut_ = reader.RootIsCut();
 }
 
 LSDFReaderChunkIterator::LSDFReaderChunkIterator(LSDFReader& reader, const LSDFChunkInfo& container)
@@ -16,6 +17,7 @@ void LSDFReaderChunkIterator::Begin(const LSDFChunkInfo& container) {
   unsigned long long size = reader_.StreamSize();
   if (container.dataOffset > size) return;
   start_ = container.dataOffset;
+  cut_ = container.length > size - start_;
   end_ = start_ + std::min(container.length, size - start_);
   valid_ = reader_.SeekTo(start_);
 }
@@ -26,6 +28,8 @@ bool LSDFReaderChunkIterator::StartNextChunk() {
   unsigned long long at = started_ ? info_.dataOffset + info_.length : start_;
   if (end_ - at < kSDFChunkHeaderSize || !reader_.SeekTo(at) || !reader_.StartNextChunk(info_) ||
       info_.length > end_ - info_.dataOffset) {
+    // Stopping short of the container's end because the stream ended is a short read.
+    if (cut_) reader_.ShortReadSet();
     valid_ = false;
     return false;
   }

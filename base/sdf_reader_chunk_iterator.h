@@ -15,6 +15,8 @@
 // of it was read, and reads the next header. Iteration ends at the container's end,
 // on a header that does not fit, or on a chunk that reaches beyond its container
 // or the stream. Over a chunk that is not a container the iterator yields nothing.
+// A container cut short by the end of the stream clears the reader's IsOK() when
+// its walk reaches the cut, so a file cut short never reads as complete.
 #include "base/sdf_format.h"
 #include "base/sdf_reader.h"
 #include "base/sdf_reader_chunk.h"
@@ -43,4 +45,5 @@ private:
   unsigned long long end_ = 0;
   bool valid_ = false;
   bool started_ = false;  // info_ holds a child
+  bool cut_ = false;      // the container reaches past the end of the stream
 };

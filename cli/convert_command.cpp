@@ -104,8 +104,9 @@ int RunConvertCommand(const std::vector<std::string>& args) {
   }
   TerminalProgress progress;
   LSoundFileSaveNotes notes;
+  LSafeSaveProcess reporting(progress, save);
   LProcessResult result =
-      LSoundFile::Save(progress, source, save.TempPath().c_str(), format, "Konvertieren", &notes);
+      LSoundFile::Save(reporting, source, save.TempPath().c_str(), format, "Konvertieren", &notes);
   progress.Finish();
   if (result == kLProcessCancelled) {
     PrintError("Abgebrochen. Die Datei \"" + files[1] + "\" bleibt unverändert.");

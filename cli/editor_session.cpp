@@ -204,7 +204,8 @@ int EditorSession::SaveCurrent(const std::string& path, const std::string& to, c
   LSoundSource source = file->CutList().OpenSource();
   LSoundFileSaveNotes notes;
   int status = RunJob("Speichern", [&](LProcessInterface& process) {
-    return LSoundFile::Save(process, source, save.TempPath().c_str(), format, "Speichern", &notes);
+    LSafeSaveProcess reporting(process, save);
+    return LSoundFile::Save(reporting, source, save.TempPath().c_str(), format, "Speichern", &notes);
   });
   if (status != kCommandOK) return status;
   if (!save.Commit()) return Fail("Die Datei \"" + target + "\" konnte nicht ersetzt werden. Sie bleibt unverändert.");

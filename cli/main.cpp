@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "cli/batch_command.h"
+#include "cli/cache_command.h"
 #include "cli/command_args.h"
 #include "cli/convert_command.h"
 #include "cli/edit_command.h"
@@ -27,6 +28,7 @@ void PrintUsage(FILE* out) {
       "  shell [DATEI...]                          Befehle interaktiv eingeben\n"
       "  batch [-j N] (--chain KETTE.ecf | -e BEFEHLE...) [--to FORMAT] --out ORDNER\n"
       "        [--shard K/N] DATEI...              viele Dateien gleich bearbeiten\n"
+      "  cache [--clean]                           Zwischenspeicher zeigen und aufräumen\n"
       "\n"
       "Formate: wav rf64 aiff mp3 flac ogg opus raw, WAVE-Formate pcm8 pcm16 pcm24 pcm32 float alaw ulaw ima gsm\n"
       "Rohdaten-Codes: 0 VOX, 1 µ-law, 2 A-law, 3 16 Bit, 4 8 Bit ohne Vorzeichen,\n"
@@ -49,6 +51,7 @@ int main(int argc, char** argv) {
   if (command == "edit") return RunEditCommand(args);
   if (command == "shell") return RunShellCommand(args);
   if (command == "batch") return RunBatchCommand(args);
+  if (command == "cache") return RunCacheCommand(args);
   if (command == "hilfe" || command == "help" || command == "--help" || command == "-h") {
     PrintUsage(stdout);
     std::fputs("\n", stdout);

@@ -173,8 +173,8 @@ void LCutListAudio::EfInsertSilence(long long position, long long length) {
 }
 
 void LCutListAudio::EfInsert(long long position, const LCutListAudio& other) {
-  if (other.segments_.empty()) return;
-  // Copied first, so that a list may be inserted into itself.
+  // Copied first, so that a list may be inserted into itself. An empty list still
+  // brings the silence that fills a gap before zero or past the end.
   LList<LCutListSegment> copies(other.segments_);
   if (position < 0) {
     copies.push_back(LCutListSegment::Silence(-position));
@@ -188,7 +188,7 @@ void LCutListAudio::EfInsert(long long position, const LCutListAudio& other) {
       return;
     }
     if (position < p + it->length) {
-      segments_.splice(Split(it, position - p), copies);
+      if (!copies.empty()) segments_.splice(Split(it, position - p), copies);
       return;
     }
     p += it->length;

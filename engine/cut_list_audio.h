@@ -75,7 +75,8 @@ public:
   void EfDelete(long long start, long long end);
   // Inserts copies of all of other's segments at position: past the end after
   // a silence filling the gap; at a negative position at the head, followed by
-  // -position frames of silence before the old content. An empty other changes nothing.
+  // -position frames of silence before the old content. An empty other still
+  // brings that silence, and nothing else.
   void EfInsert(long long position, const LCutListAudio& other);
   // Inserts silence. The part before 0 is dropped; past the end the gap is filled too.
   void EfInsertSilence(long long position, long long length);

@@ -56,11 +56,14 @@ bool LCutListAudio::Restore(LByteStream& stream, bool) {
     for (long long i = 0; i < whole; ++i) {
       const unsigned char* record = records + i * kRecordBytes;
       const unsigned short item = GetLE<std::uint16_t>(record);
-      const long long length = GetLE<std::int64_t>(record + 2);
+      // Both fields are signed on disk. A negative offset starts the segment before
+      // its item's first frame, which plays as silence; a negative length holds no
+      // frames and is kept as an empty segment, so the item stays referenced.
+      const long long length = std::max<long long>(GetLE<std::int64_t>(record + 2), 0);
       const float gain = GetLE<float>(record + 10);
       const long long offset = GetLE<std::int64_t>(record + 14);
-      // Edits never make these; they would break the walks or overflow positions: damaged data.
-      if (length < 0 || offset < 0 || offset > kMaxFrames || length > kMaxFrames - total) return false;
+      // Beyond these no edit reaches; byte positions would overflow: damaged data.
+      if (offset < -kMaxFrames || offset > kMaxFrames || length > kMaxFrames - total) return false;
       total += length;
       segments_.emplace_back(LSoundCacheItemHandle(item), length, gain, offset);
     }

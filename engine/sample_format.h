@@ -6,7 +6,7 @@
 // channels) in groups of eight, so the compiler vectorises them. Results do not
 // depend on the grouping. Integer formats scale by 2^(bits-1)-1 both ways, so
 // -1.0 writes as -32767 in 16 bits and -32768 reads slightly below -1.0; only
-// the 16-bit writer clamps, 24 and 32 bits wrap. These quirks are deliberate:
+// the 16-bit writer clamps, 8, 24 and 32 bits wrap. These quirks are deliberate:
 // files written by earlier versions must read back the same.
 #include <cmath>
 #include <cstdint>
@@ -23,6 +23,10 @@ inline double ClampForInt64(double v) {
   if (v > 9.0e18) return 9.0e18;
   if (v < -9.0e18) return -9.0e18;
   return v;
+}
+// The low byte of a value already rounded or truncated: the 8-bit writers wrap, as 24 and 32 bits do.
+inline unsigned char LowByte(double v) {
+  return static_cast<unsigned char>(static_cast<std::uint64_t>(static_cast<std::int64_t>(ClampForInt64(v))));
 }
 
 template <class T>
@@ -163,34 +167,22 @@ struct LSFU8 {
     return static_cast<float>(static_cast<std::int8_t>(p[0] ^ 0x80)) / 127.0f;
   }
   // Truncates after the offset, unlike LSFS8, which rounds.
-  static void Out(unsigned char* p, float v) {
-    float s = lsf_detail::Finite(v) * 127.0f + 128.0f;
-    if (s < 0.0f) s = 0.0f;
-    if (s > 255.0f) s = 255.0f;
-    p[0] = static_cast<unsigned char>(s);
-  }
+  static void Out(unsigned char* p, float v) { p[0] = lsf_detail::LowByte(lsf_detail::Finite(v) * 127.0f + 128.0f); }
 };
 
 struct LSFS8 {
   static constexpr int kBytes = 1;
   static float In(const unsigned char* p) { return static_cast<float>(static_cast<std::int8_t>(p[0])) / 127.0f; }
   static void Out(unsigned char* p, float v) {
-    float s = lsf_detail::Finite(v) * 127.0f;
-    if (s > 127.0f) s = 127.0f;
-    if (s < -128.0f) s = -128.0f;
-    p[0] = static_cast<unsigned char>(static_cast<std::int8_t>(lsf_detail::RoundHalfAway(s)));
+    const double s = static_cast<double>(lsf_detail::Finite(v) * 127.0f);
+    p[0] = lsf_detail::LowByte(s >= 0.0 ? s + 0.5 : s - 0.5);
   }
 };
 
 struct LSFBE8 {
   static constexpr int kBytes = 1;
   static float In(const unsigned char* p) { return LSFS8::In(p); }
-  static void Out(unsigned char* p, float v) {
-    float s = lsf_detail::Finite(v) * 127.0f;
-    if (s > 127.0f) s = 127.0f;
-    if (s < -128.0f) s = -128.0f;
-    p[0] = static_cast<unsigned char>(static_cast<std::int8_t>(s));
-  }
+  static void Out(unsigned char* p, float v) { p[0] = lsf_detail::LowByte(lsf_detail::Finite(v) * 127.0f); }
 };
 
 struct LSFF32 {

@@ -73,6 +73,8 @@ void LSoundCache::FolderSet(const char* folder) {
     std::lock_guard<std::mutex> lock(mutex_);
     if (path == folder_) return;
   }
+  // The background clean-up works on the folder it started with.
+  LSoundCacheCleanupBackgroundStop();
   auto lockFile = std::make_unique<LFileStream>(-1);
   if (!path.empty() && LFolderCreate(path))
     lockFile = std::make_unique<LFileStream>(LFileOpen((path + kLockFileName).c_str(), kLFileWrite | kLFileCreate));
@@ -91,16 +93,19 @@ void LSoundCache::FolderSet(const char* folder) {
   }
 }
 
-void LSoundCache::FolderSetDefault() {
-  if (const char* forced = std::getenv(kLSoundCacheFolderVariable); forced && *forced) {
-    FolderSet(forced);
-    return;
-  }
+void LSoundCache::FolderSetDefault(bool cleanUp) {
   LStringLong folder = LUserDataFolder() + kDefaultFolderName;
-  LStringLong working =
-      LUserSettings::Instance().Get(kLSettingsDomain, kLSoundCacheSettingsSection, kLSoundCacheWorkingFolderKey, "");
-  if (!working.empty() && working != folder && working.size() < static_cast<std::size_t>(kLPathMax)) folder = working;
+  if (const char* forced = std::getenv(kLSoundCacheFolderVariable); forced && *forced) {
+    folder = forced;
+  } else {
+    LStringLong working = LUserSettings::Instance().Get(kLSettingsDomain, kLSoundCacheSettingsSection,
+                                                        kLSoundCacheWorkingFolderKey, "");
+    if (!working.empty() && working != folder && working.size() < static_cast<std::size_t>(kLPathMax))
+      folder = working;
+  }
   FolderSet(folder.c_str());
+  // This is the application's start: what earlier runs left behind ages out from here.
+  if (cleanUp && !Folder().empty()) LSoundCacheCleanupBackgroundStart();
 }
 
 LStringLong LSoundCache::Folder() {
@@ -112,13 +117,29 @@ LStringLong LSoundCache::Folder() {
 // allocating it takes the exclusive lock, which fails while another instance
 // holds either. Everything here runs under mutex_ and never waits.
 
-void LSoundCache::ClaimSharedLocked(unsigned short item) {
+bool LSoundCache::ClaimSharedLocked(unsigned short item) {
   // During our own delete or allocation the end of that claim turns it shared.
-  if (claims_[item] != Claim::None) return;
-  if (lockFd_ < 0 || LFileRecordLock(lockFd_, item, 1, LFileLock::Shared)) claims_[item] = Claim::Shared;
+  if (claims_[item] != Claim::None && claims_[item] != Claim::Pending) return true;
+  if (lockFd_ < 0 || LFileRecordLock(lockFd_, item, 1, LFileLock::Shared)) {
+    claims_[item] = Claim::Shared;
+    return true;
+  }
+  claims_[item] = Claim::Pending;
+  return false;
+}
+
+void LSoundCache::ClaimSharedWait(unsigned short item) {
+  // Another instance holds the number only while it deletes or allocates it.
+  constexpr int kRetryMs = 10;
+  for (int waited = 0; waited < kLLockWaitMs; waited += kRetryMs) {
+    LSleepMs(kRetryMs);
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (claims_[item] != Claim::Pending || ClaimSharedLocked(item)) return;
+  }
 }
 
 void LSoundCache::ClaimReleaseLocked(unsigned short item) {
+  if (claims_[item] == Claim::Pending) claims_[item] = Claim::None;
   if (claims_[item] != Claim::Shared) return;
   if (lockFd_ >= 0) (void)LFileRecordLock(lockFd_, item, 1, LFileLock::None);  // our own lock; cannot fail
   claims_[item] = Claim::None;
@@ -142,9 +163,21 @@ void LSoundCache::ClaimExclusiveEndLocked(unsigned short item) {
 
 void LSoundCache::IncRef(unsigned short item) {
   if (item > kLSoundCacheItemLast) return;
+  {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (counts_[item] >= kLSoundCacheCountSaturated) return;
+    ++counts_[item];
+    if (claims_[item] != Claim::None && claims_[item] != Claim::Pending) return;
+    if (ClaimSharedLocked(item)) return;
+  }
+  ClaimSharedWait(item);
+}
+
+void LSoundCache::ClaimsPendingRetry() {
   std::lock_guard<std::mutex> lock(mutex_);
-  if (counts_[item] >= kLSoundCacheCountSaturated) return;
-  if (counts_[item]++ == 0) ClaimSharedLocked(item);
+  for (std::size_t item = 0; item <= kLSoundCacheItemLast; ++item) {
+    if (claims_[item] == Claim::Pending) (void)ClaimSharedLocked(static_cast<unsigned short>(item));
+  }
 }
 
 void LSoundCache::DecRef(unsigned short item) {
@@ -157,6 +190,7 @@ void LSoundCache::DecRef(unsigned short item) {
     if (count >= kLSoundCacheCountSaturated) return;
     if (count >= 2) {
       --counts_[item];
+      if (claims_[item] == Claim::Pending) (void)ClaimSharedLocked(item);
       return;
     }
     counts_[item] = 0;
@@ -173,10 +207,9 @@ bool LSoundCache::KeepAfterRelease(unsigned short item) {
   if (!LSoundCacheAudioInfoLoad(FilePath(item, kLSoundCacheExtInfo).c_str(), &info)) return false;
   if (!info.hasOriginal || info.original.path.empty()) return false;
   // A decoded copy of a file that is still as it was is worth keeping for the next open.
+  const LStringLong resolved = LPathResolve(info.original.path.c_str());
   LFileDetails now;
-  if (!LFileDetailsGet(info.original.path.c_str(), &now)) return false;
-  return info.original.hasSize && info.original.hasModTime && now.size == info.original.size &&
-         static_cast<long long>(now.modTime) == info.original.modTime;
+  return LFileDetailsGet(resolved.c_str(), &now) && LSoundCacheOriginalFileIs(info.original, resolved, now);
 }
 
 bool LSoundCache::IsUnused(unsigned short item) {
@@ -330,7 +363,18 @@ void LSoundCache::ItemsDelete(long cutoff) {
   for (const auto& [number, name] : infos) {
     if (!IsUnused(number)) continue;
     LSoundCacheAudioInfo info;
-    if (!LSoundCacheAudioInfoLoad((folder + "/" + name).c_str(), &info) || !info.hasLastUse) continue;
+    const LStringLong path = folder + "/" + name;
+    if (!LSoundCacheAudioInfoLoad(path.c_str(), &info)) continue;
+    if (!info.hasLastUse) {
+      // Left by a build that wrote none: it ages from now instead of staying for ever.
+      const long long now = LSoundCacheNow();
+      (void)LSoundCacheAudioInfoModify(path.c_str(), [now](LSoundCacheAudioInfo& changed) {
+        if (changed.hasLastUse) return;
+        changed.hasLastUse = true;
+        changed.lastUse = now;
+      });
+      continue;
+    }
     if (info.lastUse <= static_cast<long long>(cutoff)) ItemDeleteIfUnused(number);
   }
 }

@@ -14,7 +14,10 @@
 // counts and flags; file work is done outside it.
 // Processes: several running instances may share one folder. Each claims the
 // numbers it counts with a record lock on one byte of the folder's lock file, and
-// never deletes files of a number another instance claims.
+// never deletes files of a number another instance claims. The claim is held for
+// as long as this process counts the number: a claim refused while another
+// instance briefly holds the number is waited for (at most kLLockWaitMs) and
+// tried again with every later count change and clean-up until it is had.
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -68,8 +71,9 @@ public:
   // makes the next allocation scan the folder; the folder is created if missing.
   void FolderSet(const char* folder);
   // "<user data folder>/soundcache", replaced by the configured working folder,
-  // both overridden by the environment variable.
-  void FolderSetDefault();
+  // both overridden by the environment variable. This is how the application
+  // starts the cache, so it also starts the background clean-up unless told not to.
+  void FolderSetDefault(bool cleanUp = true);
   [[nodiscard]] LStringLong Folder();
 
   // Counts. Numbers above kLSoundCacheItemLast are ignored by IncRef; counts
@@ -121,15 +125,20 @@ public:
   bool ItemDeleteIfUnused(unsigned short item);
   // True when the number's count is 0 and it is not pinned (in this process).
   [[nodiscard]] bool IsUnused(unsigned short item);
+  // Tries once more, without waiting, every claim another instance kept us from
+  // taking. The clean-up calls it.
+  void ClaimsPendingRetry();
 
 private:
   LSoundCache();
   LSoundCache(const LSoundCache&) = delete;
   LSoundCache& operator=(const LSoundCache&) = delete;
 
-  // Cross-process claim of a number, held through the lock file.
-  enum class Claim : std::uint8_t { None, Shared, Deleting, Allocating };
-  void ClaimSharedLocked(unsigned short item);
+  // Cross-process claim of a number, held through the lock file. Pending: counted
+  // here, but another instance held the number exclusively when we asked.
+  enum class Claim : std::uint8_t { None, Shared, Deleting, Allocating, Pending };
+  bool ClaimSharedLocked(unsigned short item);
+  void ClaimSharedWait(unsigned short item);
   void ClaimReleaseLocked(unsigned short item);
   bool ClaimExclusiveLocked(unsigned short item, Claim purpose);
   void ClaimExclusiveEndLocked(unsigned short item);

@@ -8,6 +8,7 @@
 #include "base/sdf_reader.h"
 #include "base/sdf_reader_chunk_iterator.h"
 #include "base/sdf_writer.h"
+#include "engine/sound_cache.h"
 
 namespace {
 
@@ -16,6 +17,8 @@ constexpr std::size_t kInfoReadBuffer = 4096;
 
 bool ReadOriginal(LSDFReader& reader, const LSDFChunkInfo& container, LSoundCacheAudioInfo& info) {
   LSoundCacheOriginalFile& original = info.original;
+  bool seenDevice = false;
+  bool seenInode = false;
   LSDFReaderChunkIterator it(reader, container);
   while (it.StartNextChunk()) {
     LSDFReaderChunk chunk = it.Chunk();
@@ -47,6 +50,26 @@ bool ReadOriginal(LSDFReader& reader, const LSDFChunkInfo& container, LSoundCach
         original.hasSize = true;
         break;
       }
+      case kLSoundCacheInfoOriginalModTimeNs: {
+        int value = 0;
+        if (!chunk.ReadInt(value)) return false;
+        original.modTimeNanoseconds = value;
+        original.hasModTimeNanoseconds = true;
+        break;
+      }
+      case kLSoundCacheInfoOriginalDevice:
+      case kLSoundCacheInfoOriginalInode: {
+        long long value = 0;
+        if (!chunk.ReadInt64(value)) return false;
+        if (it.Id() == kLSoundCacheInfoOriginalDevice) {
+          original.device = static_cast<std::uint64_t>(value);
+          seenDevice = true;
+        } else {
+          original.inode = static_cast<std::uint64_t>(value);
+          seenInode = true;
+        }
+        break;
+      }
       case kLSoundCacheInfoOriginalAttribute: {
         int value = 0;
         if (!chunk.ReadInt(value)) return false;
@@ -58,6 +81,8 @@ bool ReadOriginal(LSDFReader& reader, const LSDFChunkInfo& container, LSoundCach
         if (!chunk.ReadUnknownChunk(info.originalUnknown)) return false;
     }
   }
+  // One without the other does not tell the file.
+  original.hasIdentity = seenDevice && seenInode;
   return reader.IsOK();
 }
 
@@ -129,6 +154,12 @@ bool LSoundCacheAudioInfoWrite(LByteStream& stream, const LSoundCacheAudioInfo& 
     if (original.hasModTime) writer.WriteInt64(kLSoundCacheInfoOriginalModTime, original.modTime);
     if (original.hasSize) writer.WriteInt64(kLSoundCacheInfoOriginalSize, static_cast<long long>(original.size));
     if (original.hasAttribute) writer.WriteInt(kLSoundCacheInfoOriginalAttribute, static_cast<int>(original.attribute));
+    if (original.hasModTimeNanoseconds)
+      writer.WriteInt(kLSoundCacheInfoOriginalModTimeNs, static_cast<int>(original.modTimeNanoseconds));
+    if (original.hasIdentity) {
+      writer.WriteInt64(kLSoundCacheInfoOriginalDevice, static_cast<long long>(original.device));
+      writer.WriteInt64(kLSoundCacheInfoOriginalInode, static_cast<long long>(original.inode));
+    }
     writer.EndContainer(kLSoundCacheInfoOriginal);
   }
   if (info.hasLastUse) writer.WriteInt64(kLSoundCacheInfoLastUse, info.lastUse);
@@ -152,6 +183,9 @@ bool LSoundCacheAudioInfoCreate(const char* path, std::int32_t sampleRate, std::
   LSoundCacheAudioInfo info;
   info.sampleRate = sampleRate;
   info.channels = channels;
+  // Without a last use the age-based clean-up would never take the item.
+  info.hasLastUse = true;
+  info.lastUse = LSoundCacheNow();
   return LSoundCacheAudioInfoWrite(file, info);
 }
 
@@ -179,4 +213,14 @@ bool LSoundCacheAudioInfoModify(const char* path, const std::function<void(LSoun
     return false;
   }
   return false;
+}
+
+bool LSoundCacheOriginalFileIs(const LSoundCacheOriginalFile& original, const LStringLong& resolvedPath,
+                               const LFileDetails& details) {
+  return !resolvedPath.empty() && original.path == resolvedPath && original.hasIdentity &&
+         original.device == details.device && original.inode == details.inode && original.hasSize &&
+         original.size == details.size && original.hasModTime &&
+         original.modTime == static_cast<long long>(details.modTime) && original.hasModTimeNanoseconds &&
+         original.modTimeNanoseconds == details.modTimeNanoseconds && original.hasAttribute &&
+         original.attribute == details.attributes;
 }

@@ -11,6 +11,7 @@
 #include <functional>
 
 #include "base/byte_stream.h"
+#include "base/platform_file.h"
 #include "base/list.h"
 #include "base/sdf_unknown_chunk.h"
 #include "base/string_long.h"
@@ -31,6 +32,9 @@ enum LSoundCacheInfoChunk : unsigned short {
   kLSoundCacheInfoOriginalAttribute = 85,   // int: the file's mode bits, compared as they are
   kLSoundCacheInfoOriginalModTime = 86,     // int64: modification time, seconds since 1970
   kLSoundCacheInfoLastUse = 87,             // int64: seconds since 1970
+  kLSoundCacheInfoOriginalDevice = 88,      // int64: the device holding the file
+  kLSoundCacheInfoOriginalInode = 89,       // int64: the file's number on that device
+  kLSoundCacheInfoOriginalModTimeNs = 90,   // int: nanoseconds of the modification time
 };
 
 struct LSoundCacheOriginalFile {
@@ -41,7 +45,20 @@ struct LSoundCacheOriginalFile {
   bool hasSize = false;
   std::uint32_t attribute = 0;
   bool hasAttribute = false;
+  long modTimeNanoseconds = 0;
+  bool hasModTimeNanoseconds = false;
+  std::uint64_t device = 0;
+  std::uint64_t inode = 0;
+  bool hasIdentity = false;  // device and inode
 };
+
+// True when the original file is the file at resolvedPath (absolute, links
+// followed) as it is now (details). Path, device and inode must all agree, so a
+// file of the same name elsewhere or a new file under the old name is another
+// file; size, mode and the modification time to the nanosecond must too.
+// Descriptions of older builds, which lack the identity, never match.
+[[nodiscard]] bool LSoundCacheOriginalFileIs(const LSoundCacheOriginalFile& original, const LStringLong& resolvedPath,
+                                             const LFileDetails& details);
 
 struct LSoundCacheAudioInfo {
   std::int32_t sampleRate = 0;
@@ -63,8 +80,8 @@ struct LSoundCacheAudioInfo {
 // Reads a description file under a shared lock (waiting at most kLLockWaitMs).
 // False when it is missing, locked too long or not valid; info then is empty.
 [[nodiscard]] bool LSoundCacheAudioInfoLoad(const char* path, LSoundCacheAudioInfo* info);
-// Creates (or empties) a description file of the rate and channels, under an
-// exclusive lock.
+// Creates (or empties) a description file of the rate and channels, with the
+// present time (LSoundCacheNow) as its last use, under an exclusive lock.
 [[nodiscard]] bool LSoundCacheAudioInfoCreate(const char* path, std::int32_t sampleRate, std::uint8_t channels);
 // Reads an existing description under an exclusive lock, lets change alter it,
 // and replaces the file with the result through a temporary file (the path plus

@@ -1,6 +1,11 @@
 #include "engine/sound_cache_cleanup.h"
 
 #include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <mutex>
+#include <thread>
 #include <vector>
 
 #include "base/disk_space.h"
@@ -57,6 +62,8 @@ void LSoundCacheCleanup(int mode) {
   LSoundCache& cache = LSoundCache::Instance();
   LStringLong folder = cache.Folder();
   if (folder.empty()) return;
+  // Claims another instance kept from us must be had before it deletes anything.
+  cache.ClaimsPendingRetry();
 
   // Items are found by any of their three files: a writer that died before the
   // end left ".aud" and ".grf" without ".audinfo".
@@ -86,4 +93,57 @@ void LSoundCacheCleanup(int mode) {
   } else if (plan.maxAgeSeconds >= 0) {
     cache.ItemsDelete(static_cast<long>(LSoundCacheNow() - plan.maxAgeSeconds));
   }
+}
+
+namespace {
+
+// The worker lives as long as the process; never destroyed, so exit never meets it half torn down.
+struct Background {
+  std::mutex mutex;
+  std::condition_variable wake;
+  std::thread worker;
+  bool stop = false;
+  bool exitHandlerSet = false;
+};
+
+Background& TheBackground() {
+  static Background* background = new Background();
+  return *background;
+}
+
+void Work() {
+  Background& background = TheBackground();
+  // The first run always happens, even when a stop comes at once: it is the one at start.
+  for (;;) {
+    LSoundCacheCleanup(kLSoundCacheCleanupDefaultMode);
+    std::unique_lock<std::mutex> lock(background.mutex);
+    if (background.wake.wait_for(lock, std::chrono::seconds(kLSoundCacheCleanupIntervalSeconds),
+                                 [&] { return background.stop; }))
+      return;
+  }
+}
+
+}  // namespace
+
+void LSoundCacheCleanupBackgroundStop() {
+  Background& background = TheBackground();
+  std::thread worker;
+  {
+    std::lock_guard<std::mutex> lock(background.mutex);
+    if (!background.worker.joinable() || background.worker.get_id() == std::this_thread::get_id()) return;
+    background.stop = true;
+    worker = std::move(background.worker);
+  }
+  background.wake.notify_all();
+  worker.join();
+}
+
+void LSoundCacheCleanupBackgroundStart() {
+  LSoundCacheCleanupBackgroundStop();
+  Background& background = TheBackground();
+  std::lock_guard<std::mutex> lock(background.mutex);
+  // A run must not outlive the objects that exit destroys (settings, the clock).
+  if (!background.exitHandlerSet) background.exitHandlerSet = std::atexit(LSoundCacheCleanupBackgroundStop) == 0;
+  background.stop = false;
+  background.worker = std::thread(Work);
 }

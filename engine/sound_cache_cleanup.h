@@ -30,3 +30,19 @@ struct LSoundCacheCleanupPlan {
 
 // Runs the clean-up on the current cache folder.
 void LSoundCacheCleanup(int mode);
+
+// The mode run at start, in the background and when an item is added while
+// space is low: the user's retention, shortened as space runs out.
+constexpr int kLSoundCacheCleanupDefaultMode = kLSoundCacheCleanupRetention;
+// Below this much free space after an item's own size, adding it runs the clean-up first.
+constexpr long long kLSoundCacheCleanupLowSpaceBytes = 2000LL * 1048576;
+// Pause between runs of the background clean-up.
+constexpr int kLSoundCacheCleanupIntervalSeconds = 3600;
+
+// Runs the default mode at once on a worker thread, then every interval, until
+// stopped; the cache starts it when the application sets its folder. Starting it
+// again restarts it.
+void LSoundCacheCleanupBackgroundStart();
+// Stops the worker, waiting for a run in progress to end. Changing the folder
+// and leaving the process stop it.
+void LSoundCacheCleanupBackgroundStop();

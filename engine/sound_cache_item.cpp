@@ -7,6 +7,7 @@
 #include "base/platform_file.h"
 #include "base/volume_mount_point.h"
 #include "engine/sound_cache_audio_info.h"
+#include "engine/sound_cache_cleanup.h"
 #include "engine/sound_cache_overview.h"
 #include "engine/sound_cache_sink.h"
 #include "engine/source_to_sink.h"
@@ -78,34 +79,49 @@ bool LSoundCacheItemLastAccessTimeUpdate(unsigned short item) {
 }
 
 bool LSoundCacheItemOriginalFileDetailsSet(unsigned short item, const char* path) {
+  // Stored resolved: "x.wav" typed in two folders names two files.
+  const LStringLong resolved = LPathResolve(path);
   LFileDetails details;
-  if (!path || !LFileDetailsGet(path, &details)) return false;
+  if (resolved.empty() || !LFileDetailsGet(resolved.c_str(), &details)) return false;
   return LSoundCacheAudioInfoModify(InfoPath(item).c_str(), [&](LSoundCacheAudioInfo& info) {
     info.hasOriginal = true;
     info.originalUnknown.clear();
     info.original = LSoundCacheOriginalFile();
-    info.original.path = path;
+    info.original.path = resolved;
     info.original.modTime = details.modTime;
     info.original.hasModTime = true;
+    info.original.modTimeNanoseconds = details.modTimeNanoseconds;
+    info.original.hasModTimeNanoseconds = true;
     info.original.size = details.size;
     info.original.hasSize = true;
     info.original.attribute = details.attributes;
     info.original.hasAttribute = true;
+    info.original.device = details.device;
+    info.original.inode = details.inode;
+    info.original.hasIdentity = true;
   });
 }
 
 bool LSoundCacheItemOriginalFileDetailsMatch(unsigned short item, const char* path, long modTime, std::uint64_t size,
                                              std::uint32_t attribute) {
+  const LStringLong resolved = LPathResolve(path);
+  LFileDetails details;
   LSoundCacheAudioInfo info;
-  if (!path || !LSoundCacheAudioInfoLoad(InfoPath(item).c_str(), &info) || !info.hasOriginal) return false;
-  const LSoundCacheOriginalFile& original = info.original;
-  return original.path == path && original.hasModTime && original.modTime == static_cast<long long>(modTime) &&
-         original.hasSize && original.size == size && original.attribute == attribute;
+  if (resolved.empty() || !LFileDetailsGet(resolved.c_str(), &details) ||
+      !LSoundCacheAudioInfoLoad(InfoPath(item).c_str(), &info) || !info.hasOriginal) {
+    return false;
+  }
+  // The caller's details, with the file's identity and sub-second time as they are now.
+  details.modTime = modTime;
+  details.size = size;
+  details.attributes = attribute;
+  return LSoundCacheOriginalFileIs(info.original, resolved, details);
 }
 
 LSoundCacheItemHandle LSoundCacheItemFindForOriginalFile(const char* path) {
+  const LStringLong resolved = LPathResolve(path);
   LFileDetails details;
-  if (!path || !LFileDetailsGet(path, &details)) return {};
+  if (resolved.empty() || !LFileDetailsGet(resolved.c_str(), &details)) return {};
   LSoundCache& cache = LSoundCache::Instance();
   // The first look-up of a run may come before anything has set the folder.
   if (cache.Folder().empty()) cache.FolderSetDefault();
@@ -116,8 +132,11 @@ LSoundCacheItemHandle LSoundCacheItemFindForOriginalFile(const char* path) {
     if (number >= 0 && number <= kLSoundCacheItemLast) candidates.push_back(static_cast<unsigned short>(number));
   });
   for (unsigned short number : candidates) {
-    if (!LSoundCacheItemOriginalFileDetailsMatch(number, path, details.modTime, details.size, details.attributes))
+    LSoundCacheAudioInfo info;
+    if (!LSoundCacheAudioInfoLoad(InfoPath(number).c_str(), &info) || !info.hasOriginal ||
+        !LSoundCacheOriginalFileIs(info.original, resolved, details)) {
       continue;
+    }
     // The reference comes first, so no clean-up can take the files between the check and the use.
     LSoundCacheItemHandle handle(number);
     if (!LSoundCacheItemIsValid(number)) continue;
@@ -140,6 +159,11 @@ LProcessResult LSoundCacheItemAdd(LProcessInterface& process, LSoundSource sourc
                              kLSoundCacheHeadRoomBytes;
   const char* measured = LFileExists(folder.c_str()) ? folder.c_str() : "/";
   long long available = LDiskFreeBytes(measured);
+  if (available >= 0 && available - required < kLSoundCacheCleanupLowSpaceBytes) {
+    // Space is getting low: unused items make room before the user is refused.
+    LSoundCacheCleanup(kLSoundCacheCleanupDefaultMode);
+    available = LDiskFreeBytes(measured);
+  }
   // A volume that cannot be measured is not held against the user.
   if (available >= 0 && available < required) {
     process.SetErrorF(kDiskSpaceMessage, static_cast<double>(required) / kBytesPerMB,

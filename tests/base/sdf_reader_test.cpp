@@ -282,6 +282,36 @@ TEST(SDFReader, TruncatedFileReadsUpToTheCut) {
                            : cut < 69  ? "2#0=1 2#1=2 "
                                        : "2#0=1 2#1=2 1#2=1 ";
     EXPECT_EQ(walked, expected);
+    // Only a file whose root is whole (the trailer may be missing) reads as complete.
+    LMemoryStream stream(file.data(), cut);
+    LSDFReader reader;
+    if (!reader.Open(stream, kSDFFileTypeEffectChain)) continue;
+    LSDFReaderChunkIterator it(reader);
+    while (it.StartNextChunk()) {
+    }
+    EXPECT_EQ(reader.IsOK(), cut >= file.size() - kSDFTrailerSize);
+  }
+}
+
+TEST(SDFReader, ASeekBackIntoTheTailOfALargeReadFindsTheFileNotTheOldBuffer) {
+  const Bytes file = WriteFile(kSDFFileTypeEffectChain, [](LSDFWriter& writer) {
+    Bytes blob(3 * kSDFReadBufferSize);
+    for (std::size_t i = 0; i < blob.size(); ++i) blob[i] = static_cast<unsigned char>(i * 7 + i / 251);
+    writer.WriteBlob(kBlob, blob.data(), blob.size());
+  });
+  LMemoryStream stream(file.data(), file.size());
+  LSDFReader reader;
+  ASSERT_TRUE(reader.Open(stream, kSDFFileTypeEffectChain));
+  LSDFReaderChunkIterator it(reader);
+  ASSERT_TRUE(it.StartNextChunk());
+  LArray<unsigned char> whole;
+  ASSERT_TRUE(it.Chunk().ReadData(whole));
+  for (unsigned long long back : {1ULL, 100ULL, kSDFReadBufferSize - 13ULL}) {
+    const unsigned long long at = it.Info().dataOffset + whole.size() - back;
+    ASSERT_TRUE(reader.SeekTo(at));
+    Bytes tail(back);
+    ASSERT_EQ(reader.Read(tail.data(), back), back);
+    EXPECT_EQ(tail, Bytes(file.begin() + static_cast<long>(at), file.begin() + static_cast<long>(at + back))) << back;
   }
 }
 

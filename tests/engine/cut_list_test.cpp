@@ -153,9 +153,13 @@ TEST_F(CutListTest, InsertsLandInsideAtBoundariesPastTheEndAndBeforeZero) {
   self.EfInsert(50, self);
   EXPECT_EQ(ReadList(self), Render(Concat({ModelOf(1, 0, 50), old, ModelOf(1, 50, 50)}), kChannels));
 
-  LCutListAudio unchanged = ListOver(a, 100);
-  unchanged.EfInsert(150, LCutListAudio());
-  EXPECT_EQ(unchanged.GetLength(), 100);
+  // An empty list brings only the padding: the gap past the end, or before zero.
+  LCutListAudio padded = ListOver(a, 100);
+  padded.EfInsert(150, LCutListAudio());
+  padded.EfInsert(-5, LCutListAudio());
+  padded.EfInsert(40, LCutListAudio());
+  EXPECT_EQ(padded.SegmentCount(), 3);
+  EXPECT_EQ(ReadList(padded), Render(Concat({ModelSilence(5), old, ModelSilence(50)}), kChannels));
   EXPECT_EQ(RefCount(b), 1 + SegmentsNaming({&x, &past, &negative, &inside}, b.Number()));
 }
 
@@ -415,19 +419,22 @@ TEST_F(CutListTest, DamagedPersistedDataNeverCrashesAndKeepsCountsRight) {
   EXPECT_FALSE(hugeList.Restore(hugeStream));
   EXPECT_EQ(hugeList.SegmentCount(), 5);
 
-  // A negative count is an empty list; a negative length is damage.
+  // A negative count is an empty list. A negative length is an empty segment and a
+  // negative offset starts before the item, in silence; the other records stay.
   std::vector<unsigned char> negative = good;
   negative[9] = 0x80;
   LMemoryStream negativeStream(negative.data(), negative.size());
   LCutListAudio negativeList;
   EXPECT_TRUE(negativeList.Restore(negativeStream));
   EXPECT_TRUE(negativeList.IsEmpty());
-  std::vector<unsigned char> badLength = good;
-  badLength[10 + 22 + 9] = 0x80;  // the sign byte of the second record's length
-  LMemoryStream badStream(badLength.data(), badLength.size());
+  std::vector<unsigned char> signedFields = good;
+  signedFields[10 + 22 + 9] = 0x80;  // the sign byte of the second record's length
+  for (int i = 0; i < 8; ++i) signedFields[10 + 14 + i] = 0xFF;  // the first record's offset: -1
+  LMemoryStream badStream(signedFields.data(), signedFields.size());
   LCutListAudio badList;
-  EXPECT_FALSE(badList.Restore(badStream));
-  EXPECT_EQ(badList.SegmentCount(), 1);
+  EXPECT_TRUE(badList.Restore(badStream));
+  EXPECT_EQ(badList.SegmentCount(), 5);
+  EXPECT_EQ(ReadList(badList), Render(Concat({ModelSilence(1), ModelOf(1, 0, 9), ModelOf(1, 20, 30)}), kChannels));
   std::vector<unsigned char> farOffset = good;
   farOffset[10 + 21] = 0x7F;  // the top byte of the first record's offset
   LMemoryStream farStream(farOffset.data(), farOffset.size());

@@ -50,6 +50,10 @@ TEST(SampleFormat, IntegerWritingRoundsHalfAwayAndClampsOrWrapsAsEachWidthDoes) 
   EXPECT_EQ(Ints<std::int8_t>(Out<LSFS8>({0.004f, -0.004f, 1.0f})), (std::vector<long long>{1, -1, 127}));
   EXPECT_EQ(Out<LSFBE8>({0.004f}), Codes{0});
   EXPECT_EQ(In<LSFU8>({128, 255}), (std::vector<float>{0.0f, 1.0f}));
+  // Eight bits wrap beyond full scale like the wide integers: 318.5 keeps 62, 190.5 rounds to -65 or cuts to -66.
+  EXPECT_EQ(Out<LSFU8>({1.5f, -1.5f}), (Codes{62, 194}));
+  EXPECT_EQ(Ints<std::int8_t>(Out<LSFS8>({1.5f, -1.5f})), (std::vector<long long>{-65, 65}));
+  EXPECT_EQ(Ints<std::int8_t>(Out<LSFBE8>({1.5f})), (std::vector<long long>{-66}));
   // Wide integers wrap beyond full scale.
   EXPECT_EQ(Ints<std::int32_t>(Out<LSF32>({1.5f, 1.0f})), (std::vector<long long>{-1073741825, 2147483647}));
   const Codes t = Out<LSFLE24>({1.0f, -1.0f, 0.0f});

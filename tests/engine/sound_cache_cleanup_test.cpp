@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 
 #include "base/disk_space.h"
 #include "base/user_settings.h"
+#include "engine/sound_cache_audio_info.h"
 #include "engine/sound_cache_item.h"
 #include "sound_cache_fixture.h"
 
@@ -43,12 +45,14 @@ class SoundCacheCleanupTest : public SoundCacheTest, public ::testing::WithParam
 protected:
   // An unused item kept on disk as the copy of an untouched original, last used age seconds ago.
   unsigned short KeptItem(long long age, bool withLastUse = true) {
+    LSoundCacheClockOverride([age] { return kNow - age; });
     LSoundCacheItemHandle item = AddItem(MakeStaircase(10, 1));
+    LSoundCacheClockOverride([] { return kNow; });
     EXPECT_TRUE(LSoundCacheItemOriginalFileDetailsSet(item.Number(), original_.c_str()));
-    if (withLastUse) {
-      LSoundCacheClockOverride([age] { return kNow - age; });
-      EXPECT_TRUE(LSoundCacheItemLastAccessTimeUpdate(item.Number()));
-      LSoundCacheClockOverride([] { return kNow; });
+    // As an older build left them.
+    if (!withLastUse) {
+      EXPECT_TRUE(LSoundCacheAudioInfoModify(CachePath(item.Number(), kLSoundCacheExtInfo).c_str(),
+                                             [](LSoundCacheAudioInfo& info) { info.hasLastUse = false; }));
     }
     unsigned short number = item.Number();
     item.Reset();
@@ -95,6 +99,11 @@ TEST_P(SoundCacheCleanupTest, DeletesByTheStaggeredLimits) {
     EXPECT_EQ(Exists(CachePath(number, kLSoundCacheExtAudio)), kept);
   }
   EXPECT_EQ(LSoundCacheItemIsValid(undated), c.expected != kDeleteAll) << "no last use: only clearing all takes it";
+  if (c.expected > 0) {
+    LSoundCacheAudioInfo info;
+    ASSERT_TRUE(LSoundCacheAudioInfoLoad(CachePath(undated, kLSoundCacheExtInfo).c_str(), &info));
+    EXPECT_EQ(info.lastUse, kNow) << "an undated item ages from its first clean-up";
+  }
   EXPECT_FALSE(Exists(CachePath(broken, kLSoundCacheExtAudio))) << "an invalid item always goes";
   EXPECT_FALSE(Exists(CachePath(broken, kLSoundCacheExtInfo)));
   EXPECT_TRUE(LSoundCacheItemIsValid(pinned));
@@ -154,4 +163,42 @@ TEST_F(SoundCacheTest, ItemsDeleteTakesItemsLastUsedAtOrBeforeTheCutoff) {
   EXPECT_FALSE(LSoundCacheItemIsValid(items[1]));
   EXPECT_TRUE(LSoundCacheItemIsValid(items[2]));
   LSoundCache::Instance().DeleteCachedFiles();
+}
+
+TEST_F(SoundCacheTest, TheCleanUpRunsWhenTheApplicationStartsAndWhenAnItemIsAddedWithLittleSpaceLeft) {
+  LSoundCache& cache = LSoundCache::Instance();
+  const std::string original = temp_.File("o.wav");
+  WriteFile(original, "o");
+  // Unused copies of an untouched original, dated when they were made.
+  auto keptItem = [&](long long made) {
+    LSoundCacheClockOverride([made] { return made; });
+    LSoundCacheItemHandle item = AddItem(MakeStaircase(10, 1));
+    EXPECT_TRUE(LSoundCacheItemOriginalFileDetailsSet(item.Number(), original.c_str()));
+    LSoundCacheAudioInfo info;
+    EXPECT_TRUE(LSoundCacheAudioInfoLoad(CachePath(item.Number(), kLSoundCacheExtInfo).c_str(), &info));
+    EXPECT_EQ(info.lastUse, made);
+    return item.Number();
+  };
+  const unsigned short old = keptItem(kNow - 60 * kDay);
+  const unsigned short fresh = keptItem(kNow);
+  ASSERT_TRUE(LSoundCacheItemIsValid(old));
+  LDiskFreeBytesOverride([](const char*) { return 50000LL * 1048576; });
+
+  // The application's start: the folder set by default, the first run in the background.
+  const char* saved = std::getenv(kLSoundCacheFolderVariable);
+  const std::string savedValue = saved ? saved : "";
+  setenv(kLSoundCacheFolderVariable, cacheFolder_.c_str(), 1);
+  cache.FolderSet("");
+  cache.FolderSetDefault();
+  LSoundCacheCleanupBackgroundStop();
+  if (saved) setenv(kLSoundCacheFolderVariable, savedValue.c_str(), 1); else unsetenv(kLSoundCacheFolderVariable);
+  EXPECT_FALSE(LSoundCacheItemIsValid(old)) << "unused for 60 days";
+  EXPECT_TRUE(LSoundCacheItemIsValid(fresh));
+
+  // Adding leaves under 2000 MB free: unused items make room first.
+  LDiskFreeBytesOverride([](const char*) { return 1500LL * 1048576; });
+  LSoundCacheItemHandle added = AddItem(MakeStaircase(10, 1));
+  EXPECT_TRUE(added.IsItem());
+  EXPECT_FALSE(LSoundCacheItemIsValid(fresh));
+  EXPECT_TRUE(LSoundCacheItemIsValid(added.Number()));
 }

@@ -10,6 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "base/file_record_lock.h"
 #include "base/file_stream.h"
 #include "base/platform_file.h"
 #include "base/user_settings.h"
@@ -18,6 +19,7 @@
 #include "engine/sound_cache_sink.h"
 #include "engine/sound_cache_source.h"
 #include "sound_cache_fixture.h"
+#include "support/reporting_child.h"
 
 namespace {
 
@@ -179,6 +181,42 @@ TEST_F(SoundCacheTest, ACopyOfAnUntouchedOriginalIsKeptAndFoundAgainUntilTheOrig
   EXPECT_EQ(FilesOf(aud2), 0);
 }
 
+TEST_F(SoundCacheTest, ASameLookingFileElsewhereUnderTheSameNameOrRewrittenWithinTheSecondIsAnotherFile) {
+  namespace fs = std::filesystem;
+  fs::create_directories(temp_.File("a"));
+  fs::create_directories(temp_.File("b"));
+  const std::string inA = temp_.File("a/x.wav");
+  const std::string inB = temp_.File("b/x.wav");
+  WriteFile(inA, "the same bytes");
+  WriteFile(inB, "the same bytes");
+  const auto when = fs::last_write_time(inA);
+  fs::last_write_time(inB, when);
+  const fs::path cwd = fs::current_path();
+
+  // Opened as typed, "x.wav", first in a, then in b.
+  fs::current_path(temp_.File("a"));
+  LSoundCacheItemHandle item = AddItem(MakeStaircase(50, 1));
+  const unsigned short n = item.Number();
+  ASSERT_TRUE(LSoundCacheItemOriginalFileDetailsSet(n, "x.wav"));
+  item.Reset();
+  fs::current_path(temp_.File("b"));
+  const bool foundInB = LSoundCacheItemFindForOriginalFile("x.wav").IsItem();
+  fs::current_path(temp_.File("a"));
+  const bool foundInA = LSoundCacheItemFindForOriginalFile("x.wav").Number() == n;
+  fs::current_path(cwd);
+  EXPECT_FALSE(foundInB) << "b's file was given a's audio";
+  EXPECT_TRUE(foundInA);
+  EXPECT_TRUE(LSoundCacheItemFindForOriginalFile(inA.c_str()).IsItem()) << "the same file by its full path";
+
+  // The same name, size, second and mode, but a new file or a new time within the second.
+  fs::last_write_time(inA, when + std::chrono::nanoseconds(1));
+  EXPECT_FALSE(LSoundCacheItemFindForOriginalFile(inA.c_str()).IsItem());
+  fs::last_write_time(inA, when);
+  fs::rename(inB, inA);
+  EXPECT_FALSE(LSoundCacheItemFindForOriginalFile(inA.c_str()).IsItem());
+  LSoundCache::Instance().CacheItemDelete(n);
+}
+
 TEST_F(SoundCacheTest, AllocationTakesTheLowestNumberNeitherCountedNorOnDisk) {
   LSoundCache& cache = LSoundCache::Instance();
   std::string folder = temp_.File("prefilled");
@@ -333,6 +371,50 @@ TEST_F(SoundCacheTest, AReaderGivesUpOnADescriptionLockedForLongerThanThreeSecon
   }
   EXPECT_EQ(rate, 8000);
   EXPECT_EQ(channels, 1);
+}
+
+// Another instance holds a number exclusively (as it does while deleting) just
+// when this one takes its first reference: the claim is had once it lets go, so
+// its later clean-up cannot delete what this instance now uses.
+TEST_F(SoundCacheTest, AClaimRefusedWhileAnotherInstanceHeldTheNumberIsTakenOnceItLetsGo) {
+  LSoundCache& cache = LSoundCache::Instance();
+  LSoundCacheItemHandle item = AddItem(MakeStaircase(100, 1));
+  const unsigned short n = item.Number();
+  cache.PinnedSet(n, true);  // unused here, files kept
+  item.Reset();
+  cache.PinnedSet(n, false);
+
+  int go[2];
+  ASSERT_EQ(pipe(go), 0);
+  const std::string folder = cacheFolder_;
+  ReportingChild other([&](int report) -> int {
+    cache.FolderSet("");
+    cache.FolderSet(folder.c_str());
+    const int lockFile = LFileOpen((folder + "/items.lock").c_str(), kLFileWrite);
+    if (!LFileRecordLock(lockFile, n, 1, LFileLock::Exclusive)) return 2;
+    char byte = 1;
+    if (write(report, &byte, 1) != 1) return 3;
+    LSleepMs(300);
+    (void)LFileRecordLock(lockFile, n, 1, LFileLock::None);
+    if (read(go[0], &byte, 1) != 1) return 4;
+    byte = cache.ItemDeleteIfUnused(n) ? 1 : 0;
+    if (write(report, &byte, 1) != 1) return 5;
+    for (;;) LSleepMs(1000);
+  });
+  ASSERT_TRUE(other.Started());
+  char held = 0;
+  ASSERT_TRUE(other.Read(&held, 1));
+  cache.IncRef(n);
+  char byte = 1;
+  ASSERT_EQ(write(go[1], &byte, 1), 1);
+  char deleted = 1;
+  ASSERT_TRUE(other.Read(&deleted, 1));
+  EXPECT_EQ(deleted, 0) << "the other instance deleted an item in use here";
+  EXPECT_TRUE(LSoundCacheItemIsValid(n));
+  ASSERT_TRUE(other.Kill());
+  close(go[0]);
+  close(go[1]);
+  cache.DecRef(n);
 }
 
 // Two instances sharing one folder: this process holds an allocated number with
