@@ -66,8 +66,7 @@ int RunSteps(SVFileGUI* window, SVEfCutListProcess& effect, SVEditScope scope, b
     return static_cast<LProcessResult>(effect.ProcessAndInsertCutList(process));
   });
   if (result != kLProcessSuccess) {
-    // The audio was not touched: put back what was set up for it and drop the
-    // snapshot. (A roll-back by Undo would also drop the entry before it.)
+    // The audio was not touched: put back what was set up for it and drop the snapshot.
     file.Selection() = before;
     file.CutList().SetFormat(rate, channels);
     SVCoreUtils::CancelModifyFile(window);
@@ -77,8 +76,7 @@ int RunSteps(SVFileGUI* window, SVEfCutListProcess& effect, SVEditScope scope, b
   if (finish) finish(file);
   if (SVCoreUtils::EndModifyFile(window)) return kLProcessSuccess;
   // The commit was declined after the audio changed: roll back as LFileModifier does.
-  (void)SVCoreUtils::CmUndo(window);
-  SVCoreUtils::CancelModifyFile(window);
+  SVCoreUtils::RollBackModifyFile(window);
   return kLProcessCancelled;
 }
 

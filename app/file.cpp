@@ -111,6 +111,11 @@ bool SVFile::Redo() {
   return true;
 }
 
+void SVFile::UndoRollBack() {
+  UndoRedoApply(undoCurrent_, false);
+  UndoEntryDrop();
+}
+
 void SVFile::UndoEntryDrop() {
   ring_[undoCurrent_].Clear();
   ring_[UndoIndexNext(undoCurrent_)].Clear();
@@ -126,21 +131,31 @@ void SVFile::SetFileClean() {
   lastSave_ = next;
 }
 
+bool SVFile::HoldsSavedState(unsigned long index) const {
+  // SetFileClean marks every other entry modified, and only a copy of the saved
+  // state is taken clean afterwards; a free entry holds nothing at all.
+  const SVFileUndo& entry = ring_[index & (kSVUndoRingSize - 1)];
+  return entry.IsUsed() && !entry.modified;
+}
+
 bool SVFile::IsUndoLastSaveAvailable() {
   // Deliberately not wrapped: a save at index 31 wrote 0, so this does not
   // match and the steps below decide.
   if (lastSave_ == undoCurrent_ + 1) return false;
-  if (lastSave_ != kSVUndoIndexUnknown && ring_[lastSave_].IsUsed()) return true;
+  if (lastSave_ != kSVUndoIndexUnknown && HoldsSavedState(lastSave_)) return true;
   if (!IsUndoAvailable()) return false;
-  // The base entry of a loaded document was taken clean, so the walk finds one;
-  // the bound only keeps a document that was never clean from spinning forever.
+  // A document that was never clean, or whose saved state the ring has since
+  // overwritten, has nothing to go back to: the walk meets a free entry or
+  // goes round without finding the saved state.
   unsigned long index = undoCurrent_;
-  for (unsigned long steps = 0; ring_[index].modified; ++steps) {
-    if (steps == kSVUndoRingSize) return false;
-    index = UndoIndexPrev(index);
+  for (unsigned long steps = 0; steps < kSVUndoRingSize; ++steps, index = UndoIndexPrev(index)) {
+    if (!ring_[index].IsUsed()) return false;
+    if (!ring_[index].modified) {
+      lastSave_ = index;
+      return true;
+    }
   }
-  lastSave_ = index;
-  return true;
+  return false;
 }
 
 bool SVFile::UndoLastSave() {

@@ -98,6 +98,10 @@ public:
   // Drops the snapshot of an edit that did nothing: frees the entry at the
   // current index and the one after it and steps back. The live state stays.
   void UndoEntryDrop();
+  // Rolls back an edit that failed half way: the snapshot its start took
+  // becomes the live state again and is dropped. Entries before it and the
+  // project's regions stay as they are.
+  void UndoRollBack();
 
   // The document now equals its file (after a save or a load).
   virtual void SetFileClean();
@@ -140,6 +144,8 @@ public:
   [[nodiscard]] long long TimeModifiedLastSeen() const { return timeLastSeen_; }
 
 private:
+  // Entry index is used and still holds the state that was last saved.
+  [[nodiscard]] bool HoldsSavedState(unsigned long index) const;
   // Copies the live state into entry index (steps 2 and 3 of a snapshot).
   void LiveToEntry(unsigned long index);
 

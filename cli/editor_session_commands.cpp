@@ -294,7 +294,7 @@ void EditorSession::Register() {
   h["revert"] = [this](const CommandWords&) {
     if (!Need()) return kCommandFailed;
     if (!SVCoreUtils::CmUndoSave(main_.Windows().CurrentFileWindow())) {
-      return Fail("Es gibt keinen gespeicherten Stand, zu dem zurückgekehrt werden kann.");
+      return Fail(kSVRevertUnavailableText);
     }
     main_.UpdateUndoMenuItem();
     return kCommandOK;

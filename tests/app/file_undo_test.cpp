@@ -134,9 +134,14 @@ TEST_F(FileUndoTest, UndoToLastSaveRestoresTheSavedStateAndIsFinal) {
   EXPECT_EQ(DocReadAll(file.CutList()), saved);
 }
 
-TEST_F(FileUndoTest, UndoToLastSaveRightAfterSavingIsOfferedOnlyAtIndex31) {
+TEST_F(FileUndoTest, UndoToLastSaveRunsOnlyToAnEntryThatStillHoldsTheSavedState) {
   SVFileGUI* window = NewDocument(StaircaseList(100, 1));
   SVFile& file = *window->File();
+  SilenceEdit(window, 1);
+  EXPECT_FALSE(SVCoreUtils::CmUndoSave(window)) << "a document that was never clean";
+  EXPECT_EQ(file.CutList().GetLength(), 101);
+  EXPECT_TRUE(Dialog().UpdateUndoMenuItem().undo.enabled);
+
   while (file.UndoIndexCurrent() != 30) SilenceEdit(window, 1);
   file.SetFileClean();
   EXPECT_EQ(file.UndoIndexLastSave(), 31u);
@@ -145,9 +150,19 @@ TEST_F(FileUndoTest, UndoToLastSaveRightAfterSavingIsOfferedOnlyAtIndex31) {
   SilenceEdit(window, 1);
   ASSERT_EQ(file.UndoIndexCurrent(), 31u);
   file.SetFileClean();
-  // The save wrote 0, which the unwrapped test (31 + 1) does not match.
+  // The save wrote 0, which the unwrapped test (31 + 1) does not match; entry 0 is free.
   EXPECT_EQ(file.UndoIndexLastSave(), 0u);
-  EXPECT_TRUE(file.IsUndoLastSaveAvailable());
+  const long long saved = file.CutList().GetLength();
+  EXPECT_FALSE(SVCoreUtils::CmUndoSave(window));
+  EXPECT_EQ(file.CutList().GetLength(), saved);
+
+  SilenceEdit(window, 1);
+  ASSERT_TRUE(file.IsUndoLastSaveAvailable());
+  // Once the ring has gone round, the saved state is overwritten.
+  for (int i = 0; i < 32; ++i) SilenceEdit(window, 1);
+  EXPECT_FALSE(SVCoreUtils::CmUndoSave(window));
+  EXPECT_EQ(file.CutList().GetLength(), saved + 33);
+  EXPECT_TRUE(Dialog().UpdateUndoMenuItem().undo.enabled);
 }
 
 TEST_F(FileUndoTest, ASnapshotCollapsesAnEmptySelectionOrEqualBandToTheCursor) {
