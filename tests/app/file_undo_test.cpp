@@ -6,6 +6,7 @@
 #include "app/file.h"
 #include "app/file_audio.h"
 #include "app/file_modifier.h"
+#include "app/mark_commands.h"
 #include "edit_fixture.h"
 #include "engine/sound_cache.h"
 
@@ -188,13 +189,9 @@ TEST_F(FileUndoTest, ASnapshotCollapsesAnEmptySelectionOrEqualBandToTheCursor) {
   EXPECT_EQ(kept.highFrequency, 900);
 }
 
-TEST_F(FileUndoTest, UndoBringsBackSelectionCursorViewBookmarksAndRegions) {
+TEST_F(FileUndoTest, UndoBringsBackSelectionCursorAndViewAndTakesBackMarksOneStepAtATime) {
   SVFileGUI* window = NewDocument(StaircaseList(1000, 1));
   SVFile& file = *window->File();
-  SVRegion region;
-  region.NameSet("Strophe");
-  region.RangeSet(0, 441, 44100);
-  Dialog().Windows().Project().Regions().push_back(region);
   file.Selection() = SVSelection{10, 20, 0, 0, 0};
   file.CursorSet(15);
   file.View() = SVViewState{7, 8};
@@ -204,23 +201,64 @@ TEST_F(FileUndoTest, UndoBringsBackSelectionCursorViewBookmarksAndRegions) {
   file.Selection() = SVSelection{30, 40, 0, 0, 0};
   file.CursorSet(35);
   file.View() = SVViewState{1, 2};
-  file.AddBookmark("Marke", 500);
-  Dialog().Windows().Project().Regions().clear();
+  file.CutList().EfDelete(0, 100);
   ASSERT_TRUE(modifier.Commit());
+  ASSERT_TRUE(SVMarkCommands::BookmarkAdd(window, "Marke", 500));
+  ASSERT_TRUE(SVMarkCommands::BookmarkMove(window, "Marke", 20));
+  EXPECT_FALSE(SVMarkCommands::BookmarkMove(window, "fehlt", 20));
+  EXPECT_EQ(Dialog().UpdateUndoMenuItem().undo.label, "Rückgängig Lesezeichen verschieben");
 
+  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+  ASSERT_EQ(file.Bookmarks().size(), 1u);
+  EXPECT_EQ(file.Bookmarks().front().position, 500);
+  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+  EXPECT_TRUE(file.Bookmarks().empty());
+  EXPECT_EQ(file.CutList().GetLength(), 900) << "the edit before the bookmark stays";
   ASSERT_TRUE(SVCoreUtils::CmUndo(window));
   EXPECT_EQ(file.Selection().start, 10);
   EXPECT_EQ(file.Selection().end, 20);
   EXPECT_EQ(file.Cursor(), 15);
   EXPECT_EQ(file.View(), (SVViewState{7, 8}));
-  EXPECT_TRUE(file.Bookmarks().empty());
-  ASSERT_EQ(Dialog().Windows().Project().Regions().size(), 1u);
-  EXPECT_STREQ(Dialog().Windows().Project().Regions().front().name, "Strophe");
-
   ASSERT_TRUE(SVCoreUtils::CmRedo(window));
   EXPECT_EQ(file.Cursor(), 35);
+  ASSERT_TRUE(SVCoreUtils::CmRedo(window));
+  ASSERT_TRUE(SVCoreUtils::CmRedo(window));
+  EXPECT_EQ(file.Bookmarks().front().position, 20);
+  ASSERT_TRUE(SVMarkCommands::BookmarkDelete(window, "Marke"));
+  EXPECT_TRUE(file.Bookmarks().empty());
+  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
   EXPECT_EQ(file.Bookmarks().size(), 1u);
-  EXPECT_TRUE(Dialog().Windows().Project().Regions().empty());
+}
+
+TEST_F(FileUndoTest, UndoOfARegionStepInOneDocumentKeepsTheRegionsOfAnother) {
+  SVFileGUI* first = NewDocument(StaircaseList(1000, 1));
+  SVFileGUI* second = NewDocument(StaircaseList(2000, 1));
+  const SVRegionList& regions = Dialog().Windows().Project().Regions();
+  auto names = [&regions] {
+    std::string out;
+    for (const SVRegion& r : regions) out += std::string(r.name) + "@" + std::to_string(r.start) + " ";
+    return out;
+  };
+  ASSERT_TRUE(SVMarkCommands::RegionAdd(first, "Strophe", 0, 100));
+  SilenceEdit(first, 10);
+  ASSERT_TRUE(SVMarkCommands::RegionAdd(second, "Refrain", 500, 900));
+  ASSERT_TRUE(SVMarkCommands::RegionMove(first, "Strophe", 50, 150));
+  ASSERT_TRUE(SVMarkCommands::RegionDelete(second, "Refrain"));
+  EXPECT_EQ(names(), "Strophe@50 ");
+
+  ASSERT_TRUE(SVCoreUtils::CmUndo(first));
+  EXPECT_EQ(names(), "Strophe@0 ") << "the move goes back, the other document's delete stays";
+  ASSERT_TRUE(SVCoreUtils::CmUndo(first));
+  ASSERT_TRUE(SVCoreUtils::CmUndo(second));
+  EXPECT_EQ(names(), "Strophe@0 Refrain@500 ");
+  ASSERT_TRUE(SVCoreUtils::CmUndo(first));
+  EXPECT_EQ(names(), "Refrain@500 ");
+  ASSERT_TRUE(SVCoreUtils::CmRedo(first));
+  EXPECT_EQ(names(), "Strophe@0 Refrain@500 ");
+  ASSERT_TRUE(SVCoreUtils::CmRedo(first));
+  ASSERT_TRUE(SVCoreUtils::CmRedo(first));
+  EXPECT_EQ(names(), "Strophe@50 Refrain@500 ");
+  EXPECT_EQ(regions.front().cutList.GetLength(), 100);
 }
 
 TEST_F(FileUndoTest, SnapshotsShareTheAudioAndTheDocumentReleasesEveryItem) {

@@ -79,6 +79,11 @@ TEST_F(EditCommand, UndoAndRedoAcrossCommandsRestoreEveryState) {
   r = Edit({"edit", in_, "-e", "undo"});
   EXPECT_EQ(r.status, 2);
   EXPECT_NE(r.err.find("nichts rückgängig"), std::string::npos) << r.err;
+  // A new document was never saved: revert has nothing to go back to and empties nothing.
+  r = Edit({"edit", in_, "-e", "new 8000 1; generate tone 440 1; revert"});
+  EXPECT_EQ(r.status, 2);
+  EXPECT_NE(r.err.find("keinen gespeicherten Stand"), std::string::npos) << r.err;
+  EXPECT_EQ(Saved("in.wav"), Staircase(8000));
 }
 
 TEST_F(EditCommand, AShellSessionOnStandardInputRunsTheSameCommands) {
