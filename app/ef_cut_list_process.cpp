@@ -45,6 +45,9 @@ int SVEfCutListProcess::ProcessAndInsertCutList(LProcessInterface& process) {
     piece = selection.Trim(process, list_);
   // A band render that was stopped leaves an empty piece that must not replace anything.
   if (process.IsCancelled()) return kLProcessCancelled;
+  pieceShifts_.clear();
+  shifts_.clear();
+  const long long pieceLength = piece.GetLength();
   const int result = ProcessCutList(process, piece);
   if (result != 0) return result;
 
@@ -58,6 +61,13 @@ int SVEfCutListProcess::ProcessAndInsertCutList(LProcessInterface& process) {
     list_.EfInsert(selection.start, mixed);
   }
   selection_.end = selection.start + piece.GetLength();
+  for (const SVFrameShift& shift : pieceShifts_) shifts_.push_back({selection.start + shift.from, shift.delta});
+  const long long delta = piece.GetLength() - pieceLength;
+  if (pieceShifts_.empty() && delta != 0) {
+    // Frames past the new end of the selection went; the rest moves with the end.
+    const long long end = selection.start + pieceLength;
+    shifts_.push_back({delta > 0 ? end : end + delta, delta});
+  }
   return kLProcessSuccess;
 }
 
