@@ -143,6 +143,18 @@ void SVCoreUtils::CancelModifyFile(SVFileGUI* window) {
   window->Manager().UndoMenuUpdate();
 }
 
+void SVCoreUtils::RollBackModifyFile(SVFileGUI* window) {
+  if (!window || !window->File()) return;
+  SVFile& file = *window->File();
+  // The snapshot was taken before any channel was split out, so it holds the whole list.
+  if (window->HasChannelEditLists()) window->ChannelEditListsDrop();
+  file.UndoRollBack();
+  SVFrontEnd& view = window->Manager().FrontEnd();
+  view.Notify(window, file.IsModified() ? kSVNotifyModified : kSVNotifyClean);
+  view.Refresh(window);
+  window->Manager().UndoMenuUpdate();
+}
+
 bool SVCoreUtils::StartModifyCurrentFile(SVWindowManager& manager, const char* description, bool channelEdit) {
   return StartModifyFile(manager.CurrentFileWindow(), description, channelEdit);
 }

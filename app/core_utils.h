@@ -30,6 +30,10 @@ inline constexpr const char* kSVLowDiskText =
     "gesichert werden. Bitte versuchen Sie die Datei an anderer Stelle zu speichern oder durch Entfernen "
     "unerwünschter Dateien Platz freizugeben und versuchen Sie es erneut.";
 
+// Undo to last save found no saved state that the ring still holds.
+inline constexpr const char* kSVRevertUnavailableText =
+    "Es gibt keinen gespeicherten Stand, zu dem zurückgekehrt werden kann.";
+
 // Progress titles of Paste.
 inline constexpr const char* kSVPasteSpeechTitle = "Laden der Ursprungsaudiodatei";
 inline constexpr const char* kSVPasteAiffTitle = "Audio wird eingefügt...";
@@ -54,6 +58,10 @@ public:
   // Drops the snapshot of an edit that did nothing or failed before changing
   // anything; the live state stays (a split-out channel goes back to the whole list).
   static void CancelModifyFile(SVFileGUI* window);
+  // Rolls back an edit that changed the document and then failed or was not
+  // committed: exactly the state before StartModifyFile returns, its snapshot
+  // is dropped, and the entries before it stay for Undo.
+  static void RollBackModifyFile(SVFileGUI* window);
 
   // The same on the manager's current window.
   [[nodiscard]] static bool StartModifyCurrentFile(SVWindowManager& manager, const char* description,

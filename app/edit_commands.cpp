@@ -40,12 +40,6 @@ void ScopeApply(SVFile& file, SVEditScope scope) {
   }
 }
 
-// Bookmarks follow the audio after the selection; those in a part that went are removed.
-void BookmarksFollow(SVFile& file, const SVSelection& applied, long long delta) {
-  if (delta > 0) file.OffsetBookmarks(applied.end, delta);
-  if (delta < 0) file.OffsetBookmarks(applied.end + delta, delta);
-}
-
 int RunSteps(SVFileGUI* window, SVEfCutListProcess& effect, SVEditScope scope, bool channelEdit,
              const Step& prepare, const Step& finish) {
   if (!CanEdit(window)) return kLProcessFailed;
@@ -58,27 +52,24 @@ int RunSteps(SVFileGUI* window, SVEfCutListProcess& effect, SVEditScope scope, b
   const std::uint8_t channels = file.CutList().GetChannels();
   ScopeApply(file, scope);
   if (prepare) prepare(file);
-  const SVSelection applied = file.Selection();
-  const long long lengthBefore = file.CutList().GetLength();
 
   SVFrontEnd& view = window->Manager().FrontEnd();
   const LProcessResult result = view.RunProcess(effect.GetEffectName(), [&effect](LProcessInterface& process) {
     return static_cast<LProcessResult>(effect.ProcessAndInsertCutList(process));
   });
   if (result != kLProcessSuccess) {
-    // The audio was not touched: put back what was set up for it and drop the
-    // snapshot. (A roll-back by Undo would also drop the entry before it.)
+    // The audio was not touched: put back what was set up for it and drop the snapshot.
     file.Selection() = before;
     file.CutList().SetFormat(rate, channels);
     SVCoreUtils::CancelModifyFile(window);
     return result;
   }
-  BookmarksFollow(file, applied, file.CutList().GetLength() - lengthBefore);
+  // Bookmarks follow the audio; those in a part that went are removed.
+  for (const SVFrameShift& shift : effect.Shifts()) file.OffsetBookmarks(shift.from, shift.delta);
   if (finish) finish(file);
   if (SVCoreUtils::EndModifyFile(window)) return kLProcessSuccess;
   // The commit was declined after the audio changed: roll back as LFileModifier does.
-  (void)SVCoreUtils::CmUndo(window);
-  SVCoreUtils::CancelModifyFile(window);
+  SVCoreUtils::RollBackModifyFile(window);
   return kLProcessCancelled;
 }
 

@@ -65,12 +65,18 @@ int SVEfAutoTrim::ProcessCutList(LProcessInterface& process, LCutListAudio& piec
     if (start == 0 && end == total) return kLProcessSuccess;
     if (start >= end) {
       piece.Clear();
+      ShiftRecord(0, -total);
     } else {
       piece.EfTrim(start, end);
+      ShiftRecord(end, end - total);
+      ShiftRecord(0, -start);
     }
     return kLProcessSuccess;
   }
   // From the back, so the positions of the runs still to go stay valid.
-  for (auto run = runs.rbegin(); run != runs.rend(); ++run) piece.EfDelete(run->start, run->end);
+  for (auto run = runs.rbegin(); run != runs.rend(); ++run) {
+    piece.EfDelete(run->start, run->end);
+    ShiftRecord(run->start, run->start - run->end);
+  }
   return kLProcessSuccess;
 }

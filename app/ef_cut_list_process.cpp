@@ -34,13 +34,24 @@ int SVEfCutListProcess::ProcessAndInsertCutList(LProcessInterface& process) {
   process.SetStatus(GetEffectName(), 0);
   process.SetStatus(kSVEfPleaseWait, 1);
 
-  LCutListAudio piece = selection.Trim(process, list_);
+  // An empty selection is a point: nothing is cut out there, so the piece is
+  // empty too (Trim would give the whole document, which the splice would then
+  // add to it). Edits that insert fill the piece themselves.
+  const bool atPoint = selection.IsEmpty();
+  LCutListAudio piece;
+  if (atPoint)
+    piece.SetFormat(list_.GetSampleRate(), list_.GetChannels());
+  else
+    piece = selection.Trim(process, list_);
   // A band render that was stopped leaves an empty piece that must not replace anything.
   if (process.IsCancelled()) return kLProcessCancelled;
+  pieceShifts_.clear();
+  shifts_.clear();
+  const long long pieceLength = piece.GetLength();
   const int result = ProcessCutList(process, piece);
   if (result != 0) return result;
 
-  if (!selection.HasBand()) {
+  if (atPoint || !selection.HasBand()) {
     list_.EfDelete(selection.start, selection.end);
     list_.EfInsert(selection.start, piece);
   } else {
@@ -50,6 +61,13 @@ int SVEfCutListProcess::ProcessAndInsertCutList(LProcessInterface& process) {
     list_.EfInsert(selection.start, mixed);
   }
   selection_.end = selection.start + piece.GetLength();
+  for (const SVFrameShift& shift : pieceShifts_) shifts_.push_back({selection.start + shift.from, shift.delta});
+  const long long delta = piece.GetLength() - pieceLength;
+  if (pieceShifts_.empty() && delta != 0) {
+    // Frames past the new end of the selection went; the rest moves with the end.
+    const long long end = selection.start + pieceLength;
+    shifts_.push_back({delta > 0 ? end : end + delta, delta});
+  }
   return kLProcessSuccess;
 }
 

@@ -11,6 +11,7 @@
 // Runs on the main thread inside a progress job, between the start and the end
 // of the modification protocol (core_utils.h, file_modifier.h).
 #include "app/selection.h"
+#include "base/array.h"
 #include "base/process_interface.h"
 #include "engine/cut_list_audio.h"
 
@@ -21,6 +22,13 @@ inline constexpr int kSVEfResultInvalidSelection = 2;
 inline constexpr const char* kSVEfPleaseWait = "Bitte warten...";
 // Job that lays the processed band over the rest of the selected time.
 inline constexpr const char* kSVEfBandMixTitle = "Über Auswahl einfügen";
+
+// How positions of the document moved, in the form OffsetBookmarks takes:
+// an insertion (delta > 0) or a deletion (delta < 0) starting at from.
+struct SVFrameShift {
+  long long from = 0;
+  long long delta = 0;
+};
 
 class SVEfCutListProcess {
 public:
@@ -44,6 +52,16 @@ public:
 
   [[nodiscard]] LCutListAudio& CutList() const { return list_; }
   [[nodiscard]] SVSelection& Selection() const { return selection_; }
+  // After a successful ProcessAndInsertCutList: how the positions of the
+  // document moved, to be applied in order (bookmarks follow them). Unless the
+  // effect says where it removed or added frames, the length change counts as
+  // made at the end of the selection.
+  [[nodiscard]] const LArray<SVFrameShift>& Shifts() const { return shifts_; }
+
+protected:
+  // For ProcessCutList: frames were inserted (delta > 0) or deleted at from,
+  // a position in the piece as it stands at that moment.
+  void ShiftRecord(long long from, long long delta) { pieceShifts_.push_back({from, delta}); }
 
 private:
   // The processed band laid over the band-stopped rest of the selected time, into result.
@@ -52,4 +70,6 @@ private:
 
   LCutListAudio& list_;
   SVSelection& selection_;
+  LArray<SVFrameShift> pieceShifts_;
+  LArray<SVFrameShift> shifts_;
 };

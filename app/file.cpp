@@ -56,6 +56,7 @@ void SVFile::LiveToEntry(unsigned long index) {
     entry.regions.clear();
   entry.view = view_;
   entry.selection.CollapseIfEmpty(entry.cursor);
+  entry.regionChange = SVRegionChange();
 }
 
 void SVFile::SaveForUndo(const char* description) {
@@ -86,6 +87,18 @@ void SVFile::UndoRedoApply(unsigned long index, bool regionsToProject) {
   }
 }
 
+void SVFile::RegionChangeRecord(SVRegionChange change) { ring_[undoCurrent_].regionChange = std::move(change); }
+
+void SVFile::RegionStepReplay(unsigned long index, bool undo) {
+  const SVRegionChange& change = ring_[index & (kSVUndoRingSize - 1)].regionChange;
+  LCountedPtr<SVRegionList> regions = regions_.lock();
+  if (change.IsEmpty() || !regions) return;
+  if (undo)
+    change.Revert(*regions);
+  else
+    change.Apply(*regions);
+}
+
 bool SVFile::IsUndoAvailable() const { return ring_[UndoIndexPrev(undoCurrent_)].IsUsed(); }
 
 bool SVFile::IsRedoAvailable() const { return ring_[(undoCurrent_ + 2) & (kSVUndoRingSize - 1)].IsUsed(); }
@@ -97,7 +110,9 @@ bool SVFile::Undo() {
     SaveForUndo(kSVUndoLabelRedo);
     undoCurrent_ = UndoIndexPrev(undoCurrent_);
   }
-  UndoRedoApply(undoCurrent_, true);
+  // The regions belong to every document: only this step's change goes back.
+  UndoRedoApply(undoCurrent_, false);
+  RegionStepReplay(undoCurrent_, true);
   undoCurrent_ = UndoIndexPrev(undoCurrent_);
   if (!ring_[undoOldest_].IsUsed()) undoOldest_ = UndoIndexNext(undoOldest_);
   return true;
@@ -105,10 +120,16 @@ bool SVFile::Undo() {
 
 bool SVFile::Redo() {
   if (!IsRedoAvailable()) return false;
-  UndoRedoApply((undoCurrent_ + 2) & (kSVUndoRingSize - 1), true);
+  UndoRedoApply((undoCurrent_ + 2) & (kSVUndoRingSize - 1), false);
   undoCurrent_ = UndoIndexNext(undoCurrent_);
+  RegionStepReplay(undoCurrent_, false);
   if (!ring_[undoOldest_].IsUsed()) undoOldest_ = UndoIndexNext(undoOldest_);
   return true;
+}
+
+void SVFile::UndoRollBack() {
+  UndoRedoApply(undoCurrent_, false);
+  UndoEntryDrop();
 }
 
 void SVFile::UndoEntryDrop() {
@@ -126,27 +147,56 @@ void SVFile::SetFileClean() {
   lastSave_ = next;
 }
 
+bool SVFile::HoldsSavedState(unsigned long index) const {
+  // SetFileClean marks every other entry modified, and only a copy of the saved
+  // state is taken clean afterwards; a free entry holds nothing at all.
+  const SVFileUndo& entry = ring_[index & (kSVUndoRingSize - 1)];
+  return entry.IsUsed() && !entry.modified;
+}
+
 bool SVFile::IsUndoLastSaveAvailable() {
   // Deliberately not wrapped: a save at index 31 wrote 0, so this does not
   // match and the steps below decide.
   if (lastSave_ == undoCurrent_ + 1) return false;
-  if (lastSave_ != kSVUndoIndexUnknown && ring_[lastSave_].IsUsed()) return true;
+  if (lastSave_ != kSVUndoIndexUnknown && HoldsSavedState(lastSave_)) return true;
   if (!IsUndoAvailable()) return false;
-  // The base entry of a loaded document was taken clean, so the walk finds one;
-  // the bound only keeps a document that was never clean from spinning forever.
+  // A document that was never clean, or whose saved state the ring has since
+  // overwritten, has nothing to go back to: the walk meets a free entry or
+  // goes round without finding the saved state.
   unsigned long index = undoCurrent_;
-  for (unsigned long steps = 0; ring_[index].modified; ++steps) {
-    if (steps == kSVUndoRingSize) return false;
-    index = UndoIndexPrev(index);
+  for (unsigned long steps = 0; steps < kSVUndoRingSize; ++steps, index = UndoIndexPrev(index)) {
+    if (!ring_[index].IsUsed()) return false;
+    if (!ring_[index].modified) {
+      lastSave_ = index;
+      return true;
+    }
   }
-  lastSave_ = index;
-  return true;
+  return false;
 }
 
 bool SVFile::UndoLastSave() {
   if (!IsUndoLastSaveAvailable()) return false;
   const unsigned long s = lastSave_;
   const unsigned long before = UndoIndexPrev(s);
+  // The steps between here and the save, replayed on the regions before the
+  // entries that record them are overwritten: back from the current one when
+  // the save lies behind, forward (the redo side) when it lies ahead.
+  bool behind = false;
+  for (unsigned long i = undoCurrent_, n = 0; s != UndoIndexNext(undoCurrent_) && n < kSVUndoRingSize && ring_[i].IsUsed();
+       ++n, i = UndoIndexPrev(i)) {
+    if (i == s) {
+      behind = true;
+      break;
+    }
+  }
+  if (behind) {
+    for (unsigned long i = undoCurrent_;; i = UndoIndexPrev(i)) {
+      RegionStepReplay(i, true);
+      if (i == s) break;
+    }
+  } else {
+    for (unsigned long i = UndoIndexNext(undoCurrent_); i != s; i = UndoIndexNext(i)) RegionStepReplay(i, false);
+  }
   LiveToEntry(before);
   SVFileUndo& entry = ring_[before];
   std::snprintf(entry.description, sizeof entry.description, "%s", kSVUndoLabelRevert);
@@ -155,7 +205,7 @@ bool SVFile::UndoLastSave() {
   ring_[UndoIndexPrev(before)].Clear();
   ring_[UndoIndexNext(s)].Clear();
   ring_[UndoIndexNext(UndoIndexNext(s))].Clear();
-  UndoRedoApply(s, true);
+  UndoRedoApply(s, false);
   undoCurrent_ = before;
   return true;
 }

@@ -12,7 +12,8 @@
 //
 // The project's regions are not the document's: the window manager's project
 // holds them (SVProject) and the document is told where. Snapshots copy that
-// list and undo puts it back.
+// list; undo and redo take back or repeat only the region change of the step
+// they cross, since other documents change the same list.
 //
 // Threads: the main thread owns a document. LCountedPtr<SVFile> counts
 // atomically, so a long job on a worker thread may hold the document alive.
@@ -87,8 +88,13 @@ public:
   // Pushes a snapshot of the live state labelled description (at most 259 bytes).
   void SaveForUndo(const char* description);
   // Makes entry index the live state. regionsToProject: the entry's regions
-  // also replace the project's list.
+  // also replace the project's list. Undo and Redo pass false and replay only
+  // the region change of the step they cross, which keeps what other documents
+  // did to the shared list.
   void UndoRedoApply(unsigned long index, bool regionsToProject);
+  // Records what the step now being made (its snapshot is at the current
+  // index) does to the project's regions.
+  void RegionChangeRecord(SVRegionChange change);
   [[nodiscard]] bool IsUndoAvailable() const;
   [[nodiscard]] bool IsRedoAvailable() const;
   // The ring part of Undo and Redo; false (and nothing changed) when there is
@@ -98,6 +104,10 @@ public:
   // Drops the snapshot of an edit that did nothing: frees the entry at the
   // current index and the one after it and steps back. The live state stays.
   void UndoEntryDrop();
+  // Rolls back an edit that failed half way: the snapshot its start took
+  // becomes the live state again and is dropped. Entries before it and the
+  // project's regions stay as they are.
+  void UndoRollBack();
 
   // The document now equals its file (after a save or a load).
   virtual void SetFileClean();
@@ -140,6 +150,11 @@ public:
   [[nodiscard]] long long TimeModifiedLastSeen() const { return timeLastSeen_; }
 
 private:
+  // Entry index is used and still holds the state that was last saved.
+  [[nodiscard]] bool HoldsSavedState(unsigned long index) const;
+  // Replays the region change of the step entry index names: taken back
+  // (undo) or made again.
+  void RegionStepReplay(unsigned long index, bool undo);
   // Copies the live state into entry index (steps 2 and 3 of a snapshot).
   void LiveToEntry(unsigned long index);
 

@@ -17,6 +17,5 @@ bool LFileModifier::Commit() {
 
 LFileModifier::~LFileModifier() {
   if (!started_ || committed_) return;
-  SVCoreUtils::CmUndo(window_);
-  SVCoreUtils::CancelModifyFile(window_);
+  SVCoreUtils::RollBackModifyFile(window_);
 }

@@ -1,8 +1,8 @@
 #pragma once
 // LFileModifier: the modification protocol as a scope guard, for edits with
 // early exits. Start takes the snapshot; Commit ends the edit; leaving the
-// scope started but not committed undoes to the snapshot and drops it, so an
-// edit that failed half way leaves the document as it was.
+// scope started but not committed puts the snapshot back and drops it, so an
+// edit that failed half way leaves the document and the undo ring as they were.
 //
 //   LFileModifier modifier(window);
 //   if (!modifier.Start("Löschen")) return;

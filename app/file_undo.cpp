@@ -5,4 +5,5 @@ void SVFileUndo::Clear() {
   timeStamp[0] = '\0';
   bookmarks.clear();
   cutList.Clear();
+  regionChange = SVRegionChange();
 }

@@ -29,6 +29,7 @@ struct SVFileUndo {
   SVViewState view;
   char description[kLPathMax] = {};  // the action's label; empty marks a free entry
   char timeStamp[kLPathMax] = {};    // local date and time of the snapshot
+  SVRegionChange regionChange;       // what the step this entry names did to the project's regions
 
   [[nodiscard]] bool IsUsed() const { return description[0] != '\0'; }
   // Frees the entry: empties description, time stamp, bookmarks and segments.

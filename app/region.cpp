@@ -1,6 +1,9 @@
 #include "app/region.h"
 
+#include <algorithm>
+#include <atomic>
 #include <cstdio>
+#include <iterator>
 
 #include "app/frame_time.h"
 
@@ -27,4 +30,27 @@ void SVRegion::SampleRateSet(std::int32_t rate) {
 void SVRegion::LengthSet(long long frames) {
   end = start + frames;
   endMs = SVFramesToMs(end, sampleRate);
+}
+
+std::uint64_t SVRegionIdNew() {
+  static std::atomic<std::uint64_t> last{0};
+  return ++last;
+}
+
+void SVRegionChange::Replay(SVRegionList& regions, bool present, const SVRegion& to) const {
+  if (id == 0) return;
+  auto it = regions.begin();
+  while (it != regions.end() && it->id != id) ++it;
+  if (!present) {
+    if (it != regions.end()) regions.erase(it);
+    return;
+  }
+  if (it != regions.end()) {
+    *it = to;
+    return;
+  }
+  // Back in its old place, or at the end when the list has since grown shorter.
+  auto at = regions.begin();
+  std::advance(at, static_cast<std::ptrdiff_t>(std::min(index, regions.size())));
+  regions.insert(at, to);
 }

@@ -22,6 +22,9 @@ struct SVRegion {
   LCutListAudio cutList;
   LList<LSDFUnknownChunk> unknownChunks;
   LList<LSDFUnknownChunk> cutListUnknownChunks;  // kept from the cut list's container in a project file
+  // Names the region in this process so that an undo finds it in a list other
+  // documents changed since; 0 until a change needs it. Never stored.
+  std::uint64_t id = 0;
 
   // Both keep at most kLPathMax - 1 bytes.
   void NameSet(const char* text);
@@ -36,3 +39,28 @@ struct SVRegion {
 };
 
 using SVRegionList = LList<SVRegion>;
+
+// A fresh region id, never 0.
+[[nodiscard]] std::uint64_t SVRegionIdNew();
+
+// What one undoable step did to the project's region list: a region added
+// (after only), deleted (before only) or changed (both). Regions are shared by
+// all documents, so Undo and Redo replay just this change on the list as it is
+// now instead of putting a whole old list back over other documents' work.
+struct SVRegionChange {
+  std::uint64_t id = 0;  // 0: the step left the regions alone
+  std::size_t index = 0;  // the region's place in the list
+  bool hasBefore = false;
+  bool hasAfter = false;
+  SVRegion before;
+  SVRegion after;
+
+  [[nodiscard]] bool IsEmpty() const { return id == 0; }
+  // Puts the list back as it was before the step (Undo) or after it (Redo).
+  void Revert(SVRegionList& regions) const { Replay(regions, hasBefore, before); }
+  void Apply(SVRegionList& regions) const { Replay(regions, hasAfter, after); }
+
+private:
+  // Makes the region with id in regions what to is, or takes it out.
+  void Replay(SVRegionList& regions, bool present, const SVRegion& to) const;
+};

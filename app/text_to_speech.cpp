@@ -2,11 +2,13 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <mutex>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "base/array.h"
 #include "base/platform_file.h"
 
 extern char** environ;
@@ -16,6 +18,9 @@ namespace {
 constexpr const char* kProgramName = "espeak-ng";
 // The voice matches the language of the program's texts.
 constexpr const char* kVoice = "de";
+// The speech goes to a file; the child is kept away from the sound server.
+constexpr const char* kNoSoundServer = "PULSE_SERVER=/dev/null";
+constexpr std::size_t kSoundServerNameLength = 13;  // "PULSE_SERVER="
 
 std::mutex gMutex;
 LStringLong gProgram;
@@ -60,8 +65,18 @@ SVSpeechResult SVTextToSpeechToWaveFile(const char* text, const char* path) {
   char* argv[] = {const_cast<char*>(kProgramName), const_cast<char*>("-v"), const_cast<char*>(kVoice),
                   const_cast<char*>("-w"),         const_cast<char*>(path), const_cast<char*>("--"),
                   const_cast<char*>(text ? text : ""), nullptr};
+  // espeak-ng opens its sound output even when it only writes a file, and the
+  // sound server's client library then leaves a runtime folder in our temporary
+  // folder. With no server to reach it makes none.
+  LArray<char*> environment;
+  for (char** variable = environ; variable && *variable; ++variable) {
+    if (std::strncmp(*variable, kNoSoundServer, kSoundServerNameLength) != 0) environment.push_back(*variable);
+  }
+  environment.push_back(const_cast<char*>(kNoSoundServer));
+  environment.push_back(nullptr);
   pid_t child = -1;
-  if (posix_spawn(&child, program.c_str(), nullptr, nullptr, argv, environ) != 0) return SVSpeechResult::kFailed;
+  if (posix_spawn(&child, program.c_str(), nullptr, nullptr, argv, environment.data()) != 0)
+    return SVSpeechResult::kFailed;
   int status = 0;
   while (::waitpid(child, &status, 0) < 0) {
     if (errno != EINTR) return SVSpeechResult::kFailed;

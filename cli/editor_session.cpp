@@ -7,6 +7,7 @@
 #include "app/core_utils.h"
 #include "app/cut_list_render.h"
 #include "app/file_gui.h"
+#include "app/mark_commands.h"
 #include "base/safe_save.h"
 #include "cli/audio_io.h"
 #include "formats/sound_file.h"
@@ -301,11 +302,15 @@ int EditorSession::Bookmark(const CommandWords& w) {
     long long at = file->Cursor();
     if (w.size() == 4 && !Time(w[3], &at)) return kCommandFailed;
     if (at > file->CutList().GetLength()) return Fail("Das Lesezeichen liegt hinter dem Ende des Dokuments.");
-    file->AddBookmark(w[2].c_str(), at);
+    (void)SVMarkCommands::BookmarkAdd(main_.Windows().CurrentFileWindow(), w[2].c_str(), at);
+    main_.UpdateUndoMenuItem();
     return kCommandOK;
   }
   if (w.size() == 3 && (w[1] == "del" || w[1] == "delete")) {
-    if (!file->DeleteBookmark(w[2].c_str())) return Fail("Es gibt kein Lesezeichen \"" + w[2] + "\".");
+    if (!SVMarkCommands::BookmarkDelete(main_.Windows().CurrentFileWindow(), w[2].c_str())) {
+      return Fail("Es gibt kein Lesezeichen \"" + w[2] + "\".");
+    }
+    main_.UpdateUndoMenuItem();
     return kCommandOK;
   }
   return Fail("Aufruf: bookmark add NAME [ZEIT] | bookmark del NAME");
@@ -330,13 +335,8 @@ int EditorSession::Region(const CommandWords& w) {
   if (end <= start || end > file->CutList().GetLength()) {
     return Fail("Die Region muss vor ihrem Ende beginnen und innerhalb des Dokuments liegen.");
   }
-  SVRegion region;
-  region.NameSet(w[2].c_str());
-  region.SourceFileNameSet(file->FileName());
-  region.RangeSet(start, end, static_cast<std::int32_t>(file->CutList().GetSampleRate()));
-  file->CutList().EfCopy(start, end, region.cutList);
-  regions.push_back(std::move(region));
-  main_.Windows().RegionsApply(true);
+  (void)SVMarkCommands::RegionAdd(main_.Windows().CurrentFileWindow(), w[2].c_str(), start, end);
+  main_.UpdateUndoMenuItem();
   return kCommandOK;
 }
 

@@ -7,6 +7,7 @@
 #include "app/core_utils.h"
 #include "app/cut_list_render.h"
 #include "app/dc_offset_correction.h"
+#include "app/edit_commands.h"
 #include "app/ef_amplify.h"
 #include "app/ef_auto_trim.h"
 #include "app/ef_channel_invert.h"
@@ -294,7 +295,7 @@ void EditorSession::Register() {
   h["revert"] = [this](const CommandWords&) {
     if (!Need()) return kCommandFailed;
     if (!SVCoreUtils::CmUndoSave(main_.Windows().CurrentFileWindow())) {
-      return Fail("Es gibt keinen gespeicherten Stand, zu dem zurückgekehrt werden kann.");
+      return Fail(kSVRevertUnavailableText);
     }
     main_.UpdateUndoMenuItem();
     return kCommandOK;
@@ -345,14 +346,20 @@ int EditorSession::RunEditOnRange(SVEfCutListProcess& edit) {
   SVFile* file = Current();
   SVSelection& s = file->Selection();
   const bool whole = s.IsEmpty();
-  // With nothing selected an edit acts on the whole document.
-  if (whole) {
-    s.start = 0;
-    s.end = file->CutList().GetLength();
-  }
-  int status = RunEdit(edit);
+  // With nothing selected an edit acts on the whole document; the scope is set
+  // after the snapshot, so Undo brings back the empty selection.
+  const int result = SVEditCommands::Run(main_.Windows().CurrentFileWindow(), edit, SVEditScope::kSelectionOrWhole, false);
+  main_.UpdateUndoMenuItem();
   if (whole) s.start = s.end = std::min(file->Cursor(), file->CutList().GetLength());
-  return status;
+  if (result == kLProcessCancelled) {
+    PrintError("Abgebrochen. Das Dokument bleibt, wie es war.");
+    return kCommandCancelled;
+  }
+  if (result != kLProcessSuccess) {
+    return Fail(frontEnd_.LastError().empty() ? std::string(edit.GetEffectName()) + " ist fehlgeschlagen."
+                                              : frontEnd_.LastError());
+  }
+  return kCommandOK;
 }
 
 int EditorSession::Generate(const CommandWords& w) {

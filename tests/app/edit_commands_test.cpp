@@ -3,6 +3,7 @@
 // exactly; cancelled or refused edits leave no trace.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 
@@ -148,6 +149,20 @@ TEST_F(EditCommandsTest, SilenceAndFilesGoInAtTheCursorAndBookmarksFollow) {
 
   EXPECT_NE(SVEditCommands::InsertFile(window, temp_.File("fehlt.wav").c_str()), 0);
   EXPECT_STREQ(LastLabel(file), "Datei einfügen");
+}
+
+TEST_F(EditCommandsTest, BookmarksFollowTheFramesATrimRemovedAtBothEnds) {
+  // 1000 frames of silence, 2000 of sound, 1000 of silence.
+  std::vector<float> samples(4000, 0.0f);
+  std::fill(samples.begin() + 1000, samples.begin() + 3000, 0.5f);
+  SVFileGUI* window = NewDocument(DocListOf(samples, 1));
+  SVFile& file = *window->File();
+  for (long long at : {500, 1500, 2999, 3500}) file.AddBookmark(std::to_string(at).c_str(), at);
+  ASSERT_EQ(SVEditCommands::TrimStartAndEnd(window), 0);
+  ASSERT_EQ(file.CutList().GetLength(), 2000);
+  std::vector<long long> positions;
+  for (const LSVBookmark& b : file.Bookmarks()) positions.push_back(b.position);
+  EXPECT_EQ(positions, (std::vector<long long>{500, 1999})) << "those in the silence went, the rest moved with the sound";
 }
 
 TEST_F(EditCommandsTest, ConvertingChannelsChangesTheWholeDocumentsFormat) {

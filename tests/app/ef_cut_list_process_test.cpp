@@ -36,6 +36,19 @@ TEST_F(EfCutListProcessTest, AnEffectThatHalvesTheSelectionLeavesItCoveringTheHa
   EXPECT_EQ(Frames(after, 2, 0, 7 * kRate), Frames(before, 2, 0, 7 * kRate));
   EXPECT_EQ(Frames(after, 2, 7 * kRate, 15 * kRate), Frames(before, 2, 12 * kRate, 20 * kRate));
   EXPECT_EQ(CacheAudioFiles(), 1) << "a splice writes no audio";
+
+  // An empty selection, with or without a band, is a point: the effect gets nothing to change there.
+  for (const SVSelection& point : {SVSelection{kRate, kRate, 0, 0, 0}, SVSelection{kRate, kRate, 1000, 2000, 1}}) {
+    selection = point;
+    long long seen = -1;
+    LambdaProcess copy(list, selection, [&seen](LProcessInterface&, LCutListAudio& piece) {
+      seen = piece.GetLength();
+      return 0;
+    });
+    ASSERT_EQ(copy.ProcessAndInsertCutList(process), 0);
+    EXPECT_EQ(seen, 0);
+    EXPECT_EQ(list.GetLength(), 15 * kRate);
+  }
 }
 
 TEST_F(EfCutListProcessTest, AnInvalidSelectionOrAFailedTransformLeavesTheDocumentAsItWas) {

@@ -55,4 +55,44 @@ TEST_F(EfReverseTest, ACancelledReverseLeavesTheDocumentAndTheCacheAsTheyWere) {
   }
 }
 
+// Reads through the piece's source but reports an error from the second read on.
+class FailingSource final : public LSoundSourceBase {
+public:
+  explicit FailingSource(LSoundSource inner)
+      : LSoundSourceBase(inner.GetSampleRate(), inner.GetChannels()), inner_(std::move(inner)) {}
+  void Read(float* buffer, long long frames) override {
+    inner_.Read(buffer, frames);
+    if (++reads_ >= 2) SetErrorCode(kLSourceDamaged);
+  }
+  long long GetPositionSample() const override { return inner_.GetPositionSample(); }
+  long long GetEndSample() const override { return inner_.GetEndSample(); }
+  void Seek(long long frame) override { inner_.Seek(frame); }
+
+private:
+  LSoundSource inner_;
+  int reads_ = 0;
+};
+
+class FailingReverse final : public SVEfReverse {
+public:
+  using SVEfReverse::SVEfReverse;
+
+protected:
+  LSoundSource OpenInput(const LCutListAudio& piece) const override {
+    return LMakeSource<FailingSource>(piece.OpenSource());
+  }
+};
+
+TEST_F(EfReverseTest, AReadThatFailsFailsTheEditWithTheDocumentAsItWas) {
+  LCutListAudio list = PiecewiseStaircase(40000, 2, 2);
+  const auto shape = ShapeOf(list);
+  SVSelection selection{100, 39000, 0, 0, 0};
+  FailingReverse reverse(list, selection);
+  LProcessInterfaceQuiet process;
+  EXPECT_EQ(reverse.ProcessAndInsertCutList(process), kLProcessFailed);
+  EXPECT_EQ(process.Error(), kSVReverseReadFailedText);
+  EXPECT_EQ(ShapeOf(list), shape);
+  EXPECT_EQ(CacheAudioFiles(), 2);
+}
+
 }  // namespace

@@ -39,10 +39,23 @@ TEST_F(FileModifierTest, AFailedOrCancelledEditLeavesTheDocumentAndItsMenuAsBefo
   file.CursorSet(600);
   const DocumentState before = StateOf(file);
 
+  const SVUndoMenuState menuBefore = SVUndoMenuStateGet(&file);
   EditThatFailsHalfWay(window);
   EXPECT_EQ(StateOf(file), before);
-  EXPECT_FALSE(Dialog().UpdateUndoMenuItem().redo.enabled) << "the rolled-back edit cannot be redone";
+  EXPECT_EQ(SVUndoMenuStateGet(&file), menuBefore) << "the edit before keeps its entry; nothing to redo";
   EXPECT_EQ(frontEnd_.notifications.back(), kSVNotifyModified);
+  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+  EXPECT_TRUE(file.Bookmarks().empty()) << "Undo still goes back past the bookmarks' edit";
+  ASSERT_TRUE(SVCoreUtils::CmRedo(window));
+
+  // With no entry before the failed edit's snapshot there is nothing to undo,
+  // yet the roll-back still restores the state.
+  SVFileGUI* bare = Dialog().Windows().FileWindowAdd(std::make_shared<SVFile>(StaircaseList(1000, 1)), "Roh", true);
+  const DocumentState bareBefore = StateOf(*bare->File());
+  EditThatFailsHalfWay(bare);
+  EXPECT_EQ(StateOf(*bare->File()), bareBefore);
+  EXPECT_FALSE(bare->File()->UndoEntry(bare->File()->UndoIndexCurrent()).IsUsed());
+  Dialog().Windows().CurrentFileWindowSet(window);
 
   LFileModifier committed(window);
   ASSERT_TRUE(committed.Start("Löschen"));

@@ -6,6 +6,7 @@
 #include "app/file.h"
 #include "app/file_audio.h"
 #include "app/file_modifier.h"
+#include "app/mark_commands.h"
 #include "edit_fixture.h"
 #include "engine/sound_cache.h"
 
@@ -134,9 +135,14 @@ TEST_F(FileUndoTest, UndoToLastSaveRestoresTheSavedStateAndIsFinal) {
   EXPECT_EQ(DocReadAll(file.CutList()), saved);
 }
 
-TEST_F(FileUndoTest, UndoToLastSaveRightAfterSavingIsOfferedOnlyAtIndex31) {
+TEST_F(FileUndoTest, UndoToLastSaveRunsOnlyToAnEntryThatStillHoldsTheSavedState) {
   SVFileGUI* window = NewDocument(StaircaseList(100, 1));
   SVFile& file = *window->File();
+  SilenceEdit(window, 1);
+  EXPECT_FALSE(SVCoreUtils::CmUndoSave(window)) << "a document that was never clean";
+  EXPECT_EQ(file.CutList().GetLength(), 101);
+  EXPECT_TRUE(Dialog().UpdateUndoMenuItem().undo.enabled);
+
   while (file.UndoIndexCurrent() != 30) SilenceEdit(window, 1);
   file.SetFileClean();
   EXPECT_EQ(file.UndoIndexLastSave(), 31u);
@@ -145,9 +151,19 @@ TEST_F(FileUndoTest, UndoToLastSaveRightAfterSavingIsOfferedOnlyAtIndex31) {
   SilenceEdit(window, 1);
   ASSERT_EQ(file.UndoIndexCurrent(), 31u);
   file.SetFileClean();
-  // The save wrote 0, which the unwrapped test (31 + 1) does not match.
+  // The save wrote 0, which the unwrapped test (31 + 1) does not match; entry 0 is free.
   EXPECT_EQ(file.UndoIndexLastSave(), 0u);
-  EXPECT_TRUE(file.IsUndoLastSaveAvailable());
+  const long long saved = file.CutList().GetLength();
+  EXPECT_FALSE(SVCoreUtils::CmUndoSave(window));
+  EXPECT_EQ(file.CutList().GetLength(), saved);
+
+  SilenceEdit(window, 1);
+  ASSERT_TRUE(file.IsUndoLastSaveAvailable());
+  // Once the ring has gone round, the saved state is overwritten.
+  for (int i = 0; i < 32; ++i) SilenceEdit(window, 1);
+  EXPECT_FALSE(SVCoreUtils::CmUndoSave(window));
+  EXPECT_EQ(file.CutList().GetLength(), saved + 33);
+  EXPECT_TRUE(Dialog().UpdateUndoMenuItem().undo.enabled);
 }
 
 TEST_F(FileUndoTest, ASnapshotCollapsesAnEmptySelectionOrEqualBandToTheCursor) {
@@ -173,13 +189,9 @@ TEST_F(FileUndoTest, ASnapshotCollapsesAnEmptySelectionOrEqualBandToTheCursor) {
   EXPECT_EQ(kept.highFrequency, 900);
 }
 
-TEST_F(FileUndoTest, UndoBringsBackSelectionCursorViewBookmarksAndRegions) {
+TEST_F(FileUndoTest, UndoBringsBackSelectionCursorAndViewAndTakesBackMarksOneStepAtATime) {
   SVFileGUI* window = NewDocument(StaircaseList(1000, 1));
   SVFile& file = *window->File();
-  SVRegion region;
-  region.NameSet("Strophe");
-  region.RangeSet(0, 441, 44100);
-  Dialog().Windows().Project().Regions().push_back(region);
   file.Selection() = SVSelection{10, 20, 0, 0, 0};
   file.CursorSet(15);
   file.View() = SVViewState{7, 8};
@@ -189,23 +201,64 @@ TEST_F(FileUndoTest, UndoBringsBackSelectionCursorViewBookmarksAndRegions) {
   file.Selection() = SVSelection{30, 40, 0, 0, 0};
   file.CursorSet(35);
   file.View() = SVViewState{1, 2};
-  file.AddBookmark("Marke", 500);
-  Dialog().Windows().Project().Regions().clear();
+  file.CutList().EfDelete(0, 100);
   ASSERT_TRUE(modifier.Commit());
+  ASSERT_TRUE(SVMarkCommands::BookmarkAdd(window, "Marke", 500));
+  ASSERT_TRUE(SVMarkCommands::BookmarkMove(window, "Marke", 20));
+  EXPECT_FALSE(SVMarkCommands::BookmarkMove(window, "fehlt", 20));
+  EXPECT_EQ(Dialog().UpdateUndoMenuItem().undo.label, "Rückgängig Lesezeichen verschieben");
 
+  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+  ASSERT_EQ(file.Bookmarks().size(), 1u);
+  EXPECT_EQ(file.Bookmarks().front().position, 500);
+  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+  EXPECT_TRUE(file.Bookmarks().empty());
+  EXPECT_EQ(file.CutList().GetLength(), 900) << "the edit before the bookmark stays";
   ASSERT_TRUE(SVCoreUtils::CmUndo(window));
   EXPECT_EQ(file.Selection().start, 10);
   EXPECT_EQ(file.Selection().end, 20);
   EXPECT_EQ(file.Cursor(), 15);
   EXPECT_EQ(file.View(), (SVViewState{7, 8}));
-  EXPECT_TRUE(file.Bookmarks().empty());
-  ASSERT_EQ(Dialog().Windows().Project().Regions().size(), 1u);
-  EXPECT_STREQ(Dialog().Windows().Project().Regions().front().name, "Strophe");
-
   ASSERT_TRUE(SVCoreUtils::CmRedo(window));
   EXPECT_EQ(file.Cursor(), 35);
+  ASSERT_TRUE(SVCoreUtils::CmRedo(window));
+  ASSERT_TRUE(SVCoreUtils::CmRedo(window));
+  EXPECT_EQ(file.Bookmarks().front().position, 20);
+  ASSERT_TRUE(SVMarkCommands::BookmarkDelete(window, "Marke"));
+  EXPECT_TRUE(file.Bookmarks().empty());
+  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
   EXPECT_EQ(file.Bookmarks().size(), 1u);
-  EXPECT_TRUE(Dialog().Windows().Project().Regions().empty());
+}
+
+TEST_F(FileUndoTest, UndoOfARegionStepInOneDocumentKeepsTheRegionsOfAnother) {
+  SVFileGUI* first = NewDocument(StaircaseList(1000, 1));
+  SVFileGUI* second = NewDocument(StaircaseList(2000, 1));
+  const SVRegionList& regions = Dialog().Windows().Project().Regions();
+  auto names = [&regions] {
+    std::string out;
+    for (const SVRegion& r : regions) out += std::string(r.name) + "@" + std::to_string(r.start) + " ";
+    return out;
+  };
+  ASSERT_TRUE(SVMarkCommands::RegionAdd(first, "Strophe", 0, 100));
+  SilenceEdit(first, 10);
+  ASSERT_TRUE(SVMarkCommands::RegionAdd(second, "Refrain", 500, 900));
+  ASSERT_TRUE(SVMarkCommands::RegionMove(first, "Strophe", 50, 150));
+  ASSERT_TRUE(SVMarkCommands::RegionDelete(second, "Refrain"));
+  EXPECT_EQ(names(), "Strophe@50 ");
+
+  ASSERT_TRUE(SVCoreUtils::CmUndo(first));
+  EXPECT_EQ(names(), "Strophe@0 ") << "the move goes back, the other document's delete stays";
+  ASSERT_TRUE(SVCoreUtils::CmUndo(first));
+  ASSERT_TRUE(SVCoreUtils::CmUndo(second));
+  EXPECT_EQ(names(), "Strophe@0 Refrain@500 ");
+  ASSERT_TRUE(SVCoreUtils::CmUndo(first));
+  EXPECT_EQ(names(), "Refrain@500 ");
+  ASSERT_TRUE(SVCoreUtils::CmRedo(first));
+  EXPECT_EQ(names(), "Strophe@0 Refrain@500 ");
+  ASSERT_TRUE(SVCoreUtils::CmRedo(first));
+  ASSERT_TRUE(SVCoreUtils::CmRedo(first));
+  EXPECT_EQ(names(), "Strophe@50 Refrain@500 ");
+  EXPECT_EQ(regions.front().cutList.GetLength(), 100);
 }
 
 TEST_F(FileUndoTest, SnapshotsShareTheAudioAndTheDocumentReleasesEveryItem) {

@@ -76,9 +76,18 @@ TEST_F(EditCommand, UndoAndRedoAcrossCommandsRestoreEveryState) {
   std::vector<std::int16_t> m = Staircase(8000);
   std::reverse(m.begin(), m.begin() + 4000);
   EXPECT_EQ(Saved("redone.wav"), m);
+  // An edit of the whole document (nothing selected) undoes to no selection.
+  r = Edit({"edit", in_, "-e", "reverse; undo; status"});
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_NE(r.out.find("Auswahl:      keine"), std::string::npos) << r.out;
   r = Edit({"edit", in_, "-e", "undo"});
   EXPECT_EQ(r.status, 2);
   EXPECT_NE(r.err.find("nichts rückgängig"), std::string::npos) << r.err;
+  // A new document was never saved: revert has nothing to go back to and empties nothing.
+  r = Edit({"edit", in_, "-e", "new 8000 1; generate tone 440 1; revert"});
+  EXPECT_EQ(r.status, 2);
+  EXPECT_NE(r.err.find("keinen gespeicherten Stand"), std::string::npos) << r.err;
+  EXPECT_EQ(Saved("in.wav"), Staircase(8000));
 }
 
 TEST_F(EditCommand, AShellSessionOnStandardInputRunsTheSameCommands) {
