@@ -52,9 +52,10 @@ private:
   // Runs a change of the current document under the modification protocol:
   // the change answers a process result; anything but success rolls back.
   int Modify(const char* label, const std::function<LProcessResult(SVFile&)>& change);
-  // Runs an edit object on the current document under the modification protocol.
+  // Runs an edit object on the current document's selection (the whole document
+  // when nothing is selected) through the app's edit commands.
   int RunEdit(SVEfCutListProcess& edit);
-  // The same on the selection, or on the whole document when nothing is selected.
+  // The same, leaving nothing selected afterwards when nothing was selected before.
   int RunEditOnRange(SVEfCutListProcess& edit);
   int RunJob(const char* title, const SVProcessJob& job);
   int InsertList(const char* label, LCutListAudio list, bool replaceSelection);

@@ -341,15 +341,13 @@ void EditorSession::Register() {
 
 int EditorSession::RunEditOnRange(SVEfCutListProcess& edit) {
   SVFile* file = Current();
-  SVSelection& s = file->Selection();
-  const bool whole = s.IsEmpty();
-  // With nothing selected an edit acts on the whole document.
-  if (whole) {
-    s.start = 0;
-    s.end = file->CutList().GetLength();
-  }
+  const bool whole = file && file->Selection().IsEmpty();
   int status = RunEdit(edit);
-  if (whole) s.start = s.end = std::min(file->Cursor(), file->CutList().GetLength());
+  // An edit of the whole document leaves nothing selected, as it found it.
+  if (whole && status == kCommandOK) {
+    SVSelection& s = file->Selection();
+    s.start = s.end = std::min(file->Cursor(), file->CutList().GetLength());
+  }
   return status;
 }
 

@@ -156,15 +156,19 @@ TEST_F(EditCommand, InterruptingALongEffectLeavesTheTargetUntouched) {
 TEST_F(EditCommand, AProjectSavedByOneRunReopensInTheNextWithItsMarksEvenWithoutTheCache) {
   const std::string project = tmp_.File("p.svp");
   CommandResult r = Edit({"edit", in_, "-e",
-                          "select 0f 100f; delete; bookmark add Mitte 2000f; region add Anfang 0f 500f; project save " +
-                              project});
+                          "bookmark add Mitte 2100f; bookmark add Weg 50f; select 0f 100f; delete; "
+                          "region add Anfang 0f 500f; project save " + project});
   ASSERT_EQ(r.status, 0) << r.err;
   // The full save carries its audio, so a cleaned cache does not matter.
   ASSERT_EQ(RunTool("rm -rf '" + tmp_.File("cache") + "'"), 0);
   r = Edit({"edit", "-e", "project open " + project + "; bookmarks; regions; save " + tmp_.File("back.wav")});
   ASSERT_EQ(r.status, 0) << r.err;
+  // The marks follow the audio they were set on; one inside the deleted part went with it.
   EXPECT_NE(r.out.find("Mitte"), std::string::npos) << r.out;
+  EXPECT_NE(r.out.find("(2000)"), std::string::npos) << r.out;
+  EXPECT_EQ(r.out.find("Weg"), std::string::npos) << r.out;
   EXPECT_NE(r.out.find("Anfang"), std::string::npos) << r.out;
+  EXPECT_NE(RunSonvale({"info", tmp_.File("back.wav")}, env_).out.find("Marke:        0:00:00.250 (2000)"), std::string::npos);
   std::vector<std::int16_t> m = Staircase(8000);
   m.erase(m.begin(), m.begin() + 100);
   EXPECT_EQ(Saved("back.wav"), m);
