@@ -194,6 +194,8 @@ void EditorSession::Register() {
     if (!Time(w[1], &at)) return kCommandFailed;
     if (at > file->CutList().GetLength()) return Fail("Der Cursor liegt hinter dem Ende des Dokuments.");
     file->CursorSet(at);
+    // As a click does: what comes next acts at the cursor, not on an old selection.
+    file->Selection().start = file->Selection().end = at;
     return kCommandOK;
   };
 

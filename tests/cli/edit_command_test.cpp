@@ -54,7 +54,8 @@ protected:
 
 TEST_F(EditCommand, CutPasteDeleteAndReverseGiveExactlyTheFramesTheyMust) {
   CommandResult r = Edit({"edit", in_, "-e", "select 100f 200f; cut; cursor 1000f; paste", "-e",
-                          "select 0f 10f; delete; select 50f 54f; reverse", "-o", tmp_.File("out.wav")});
+                          "select 0f 10f; delete; select 50f 54f; reverse", "-e",
+                          "select 300f 310f; copy; cursor 2000f; paste", "-o", tmp_.File("out.wav")});
   ASSERT_EQ(r.status, 0) << r.err;
   // The model: the same edits on a plain vector.
   std::vector<std::int16_t> m = Staircase(8000);
@@ -63,6 +64,9 @@ TEST_F(EditCommand, CutPasteDeleteAndReverseGiveExactlyTheFramesTheyMust) {
   m.insert(m.begin() + 1000, clip.begin(), clip.end());
   m.erase(m.begin(), m.begin() + 10);
   std::reverse(m.begin() + 50, m.begin() + 54);
+  // Setting the cursor drops the selection, so the paste inserts there.
+  std::vector<std::int16_t> copied(m.begin() + 300, m.begin() + 310);
+  m.insert(m.begin() + 2000, copied.begin(), copied.end());
   EXPECT_EQ(Saved("out.wav"), m);
 }
 
