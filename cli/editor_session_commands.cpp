@@ -24,63 +24,9 @@
 #include "base/safe_save.h"
 #include "cli/editor_session.h"
 #include "effects/effect_chain_file.h"
-#include "effects/sound_process_factory.h"
-#include "effects/sound_process_type.h"
+#include "effects/sound_process_by_name.h"
+#include "effects/sound_process_setting_text.h"
 #include "effects/tone_generator.h"
-
-namespace {
-
-// Effects reachable by a short key besides their German names.
-struct EffectKey {
-  const char* key;
-  int type;
-};
-constexpr EffectKey kEffectKeys[] = {{"echo", kLSPTypeEcho}, {"gain", kLSPTypeGain}};
-// The effect types this build processes itself (the rest load as pass-through).
-constexpr int kBuiltEffectTypes[] = {kLSPTypeGain, kLSPTypeEcho};
-
-std::unique_ptr<LSoundProcess> EffectByName(const std::string& name) {
-  const std::string wanted = FoldForMatch(name);
-  for (const EffectKey& k : kEffectKeys) {
-    if (wanted == k.key) return LSoundProcessCreate(k.type);
-  }
-  for (int type : kBuiltEffectTypes) {
-    auto effect = LSoundProcessCreate(type);
-    char label[kLPathMax] = {};
-    if (effect && FoldForMatch(effect->GetName(label)) == wanted) return effect;
-  }
-  return nullptr;
-}
-
-// Sets a parameter from text by its descriptor's type; false when the text is no number.
-bool ParameterSet(LSoundProcess& effect, int index, const LSoundProcessParameter& p, const std::string& text) {
-  double v = 0;
-  if (!ParseNumber(text, &v)) return false;
-  // Wide enough for every type; a setter that reads fewer bytes takes the low ones.
-  alignas(8) unsigned char value[8] = {};
-  switch (p.type) {
-    case kLSPParamDouble: {
-      std::memcpy(value, &v, sizeof v);
-      break;
-    }
-    case kLSPParamBool: {
-      bool b = v != 0;
-      std::memcpy(value, &b, sizeof b);
-      break;
-    }
-    default: {
-      long long n = std::llround(v);
-      if (p.type == kLSPParamUInt16 && (n < 0 || n > 65535)) return false;
-      if ((p.type == kLSPParamUInt8) && (n < 0 || n > 255)) return false;
-      if (p.type == kLSPParamLevelDb && (n < -128 || n > 127)) return false;
-      std::memcpy(value, &n, sizeof n);
-    }
-  }
-  effect.SetParameterByIndex(index, value);
-  return true;
-}
-
-}  // namespace
 
 void EditorSession::Register() {
   auto& h = handlers_;
@@ -445,35 +391,11 @@ int EditorSession::Effect(const CommandWords& w) {
   SVFile* file = Need();
   if (!file) return kCommandFailed;
   if (w.size() < 2) return Fail("Aufruf: effect NAME [PARAMETER=WERT ...] [preset=NAME]");
-  std::unique_ptr<LSoundProcess> effect = EffectByName(w[1]);
-  if (!effect) return Fail("Unbekannter Effekt \"" + w[1] + "\". Verfügbar: echo (Echo), gain (Verstärkung).");
+  std::unique_ptr<LSoundProcess> effect = LSoundProcessCreateByName(w[1]);
+  if (!effect) return Fail("Unbekannter Effekt \"" + w[1] + "\". Verfügbar: " + LSoundProcessNamesText() + ".");
   for (size_t i = 2; i < w.size(); ++i) {
-    auto eq = w[i].find('=');
-    if (eq == std::string::npos || eq == 0) return Fail("Erwartet PARAMETER=WERT, nicht \"" + w[i] + "\".");
-    const std::string label = FoldForMatch(w[i].substr(0, eq));
-    const std::string text = w[i].substr(eq + 1);
-    if (label == "preset") {
-      bool found = false;
-      for (int k = 0; k < effect->GetNumPresets() && !found; ++k) {
-        char presetName[kLPathMax] = {};
-        effect->GetPresetsName(k, presetName);
-        if (FoldForMatch(presetName) == FoldForMatch(text)) {
-          effect->SetPreset(k);
-          found = true;
-        }
-      }
-      if (!found) return Fail("Der Effekt kennt die Voreinstellung \"" + text + "\" nicht.");
-      continue;
-    }
-    bool found = false;
-    for (int k = 0; k < effect->GetNumParameters() && !found; ++k) {
-      LSoundProcessParameter p;
-      effect->GetParameterByIndex(k, &p);
-      if (FoldForMatch(p.szName) != label) continue;
-      found = true;
-      if (!ParameterSet(*effect, k, p, text)) return Fail("\"" + text + "\" ist kein gültiger Wert für " + p.szName + ".");
-    }
-    if (!found) return Fail("Der Effekt hat keinen Parameter \"" + w[i].substr(0, eq) + "\".");
+    std::string message;
+    if (LSoundProcessSetFromText(*effect, w[i], &message) != LSPSettingTextResult::kOK) return Fail(message);
   }
   if (!effect->IsValid()) return Fail("Die Einstellungen des Effekts sind ungültig.");
   LSoundProcessMulti chain;
