@@ -26,6 +26,7 @@
 #include "effects/effect_chain_file.h"
 #include "effects/sound_process_by_name.h"
 #include "effects/sound_process_setting_text.h"
+#include "effects/sound_process_unknown.h"
 #include "effects/tone_generator.h"
 
 void EditorSession::Register() {
@@ -425,8 +426,23 @@ int EditorSession::Chain(const CommandWords& w) {
   if (result != LEffectChainLoadResult::kOK) {
     return Fail(std::string(LEffectChainLoadTitle(result)) + ": " + LEffectChainLoadMessage(result) + " (" + w[1] + ")");
   }
+  if (const std::string unknown = LSPUnknownNamesIn(chain); !unknown.empty()) {
+    std::fprintf(stderr,
+                 "Warnung: Diese Version von Sonvale kann nicht alle Effekte der Kette ausführen: %s. Sie lassen den Ton "
+                 "unverändert durch und bleiben beim Speichern der Kette erhalten.\n",
+                 unknown.c_str());
+  }
   SVEfEffectChain edit(file->CutList(), file->Selection(), chain);
-  return RunEditOnRange(edit);
+  const int status = RunEditOnRange(edit);
+  if (status != kCommandOK) return status;
+  // What "chain save" writes next: the chain as loaded, switched-off effects included.
+  for (const LSoundProcess* p = chain.GetFirst(); p; p = p->pNext) {
+    std::unique_ptr<LSoundProcess> copy(p->GetNewCopy());
+    if (!copy) continue;
+    copy->bDisabled = p->bDisabled;
+    applied_.Append(std::move(copy));
+  }
+  return status;
 }
 
 int EditorSession::Project(const CommandWords& w) {

@@ -10,6 +10,11 @@
 #include <chrono>
 #include <thread>
 
+#include "base/memory_stream.h"
+#include "effects/echo.h"
+#include "effects/effect_chain_file.h"
+#include "effects/gain.h"
+#include "effects/sound_process_unknown.h"
 #include "run_command.h"
 #include "support/temp_folder.h"
 #include "wave_bytes.h"
@@ -195,4 +200,29 @@ TEST_F(EditCommand, ABatchRunsEveryFileIndependentlyAndSumsUp) {
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(ReadFileBytes(out + "/in.flac"), "");
   EXPECT_NE(ReadFileBytes(out + "/b.flac"), "");
+}
+
+TEST_F(EditCommand, ALoadedChainNamesTheEffectsItCannotRunAndIsSavedAgainAsItWas) {
+  LSoundProcessMulti chain;
+  auto echo = std::make_unique<LSPEcho>();
+  echo->SetGain(40);
+  echo->SetTime(10);
+  chain.Append(std::move(echo));
+  auto newer = std::make_unique<LSPUnknown>(99);
+  newer->listChunks.push_back(LSDFUnknownChunk{0x2001, kSDFChunkTypeInt, {7, 0, 0, 0}, 1});
+  chain.Append(std::move(newer));
+  chain.Append(std::make_unique<LSPUnknown>(4));
+  auto off = std::make_unique<LSPGain>(-6.0);
+  off->bDisabled = true;
+  chain.Append(std::move(off));
+  LMemoryStream bytes;
+  ASSERT_TRUE(LEffectChainSave(chain, bytes));
+  const std::string original(bytes.Bytes().begin(), bytes.Bytes().end());
+  WriteFileBytes(tmp_.File("in.ecf"), original);
+
+  CommandResult r = Edit({"edit", in_, "-e", "chain " + tmp_.File("in.ecf") + "; chain save " + tmp_.File("again.ecf")});
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_NE(r.err.find("Warnung: "), std::string::npos) << r.err;
+  EXPECT_NE(r.err.find("Typ 99, Chor (Typ 4)"), std::string::npos) << r.err;
+  EXPECT_EQ(ReadFileBytes(tmp_.File("again.ecf")), original);
 }
