@@ -74,8 +74,9 @@ int RunEditCommand(const std::vector<std::string>& args) {
     if (status != kCommandOK) return status;
     if (session.QuitRequested()) break;
   }
-  if (!out.empty()) return session.SaveCurrent(out, to);
-  return kCommandOK;
+  const int status = out.empty() ? kCommandOK : session.SaveCurrent(out, to);
+  session.WarnUnsaved();
+  return status;
 }
 
 int RunShellCommand(const std::vector<std::string>& args) {
@@ -85,7 +86,11 @@ int RunShellCommand(const std::vector<std::string>& args) {
     int status = session.OpenDocument(f);
     if (status != kCommandOK && !terminal) return status;
   }
-  if (!terminal) return RunLines(session, std::cin, "der Eingabe");
+  if (!terminal) {
+    const int status = RunLines(session, std::cin, "der Eingabe");
+    session.WarnUnsaved();
+    return status;
+  }
 
   std::printf("Sonvale – \"hilfe\" zeigt die Befehle, \"quit\" beendet.\n");
   int last = kCommandOK;

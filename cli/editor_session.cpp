@@ -13,7 +13,7 @@
 
 
 EditorSession::EditorSession(bool interactive, bool quietProgress)
-    : frontEnd_(interactive, quietProgress), main_(frontEnd_, board_) {
+    : frontEnd_(interactive, quietProgress), main_(frontEnd_, board_), interactive_(interactive) {
   Register();
 }
 
@@ -72,7 +72,31 @@ int EditorSession::Execute(const CommandWords& words) {
   if (it == handlers_.end()) {
     return Fail("Unbekannter Befehl \"" + words[0] + "\". \"hilfe\" zeigt die Befehle.");
   }
-  return it->second(words);
+  const bool warned = quitWarned_;
+  const int status = it->second(words);
+  // Only a quit right after the warning discards the changes.
+  if (warned) quitWarned_ = false;
+  return status;
+}
+
+std::string EditorSession::UnsavedTitles() {
+  std::string titles;
+  SVWindowManager& m = main_.Windows();
+  for (int t = 0; t < m.TabCount(); ++t) {
+    for (int i = 0; i < m.TabFileWindowCount(t); ++i) {
+      SVFileGUI* window = m.FileWindowAt(t, i);
+      if (!window->File()->IsModified()) continue;
+      titles += (titles.empty() ? "\"" : ", \"") + window->Title() + "\"";
+    }
+  }
+  return titles;
+}
+
+void EditorSession::WarnUnsaved() {
+  const std::string titles = UnsavedTitles();
+  if (!titles.empty()) {
+    std::fprintf(stderr, "Warnung: Die Änderungen an %s wurden nicht gespeichert und gehen verloren.\n", titles.c_str());
+  }
 }
 
 int EditorSession::RunJob(const char* title, const SVProcessJob& job) {

@@ -34,6 +34,8 @@ public:
   [[nodiscard]] int SaveCurrent(const std::string& path, const std::string& to);
 
   [[nodiscard]] bool QuitRequested() const { return quit_; }
+  // Warns on standard error of every document with changes that were not saved.
+  void WarnUnsaved();
   [[nodiscard]] SVFile* Current();
   [[nodiscard]] SVWindowManager& Manager() { return main_.Windows(); }
   // The short help text of the command language.
@@ -76,5 +78,10 @@ private:
   std::map<std::string, Handler> handlers_;
   // The effects applied so far, in order: what "chain save" writes.
   LSoundProcessMulti applied_;
+  // The titles of the documents with unsaved changes, quoted and joined.
+  std::string UnsavedTitles();
+  bool interactive_;
   bool quit_ = false;
+  // An interactive quit with unsaved changes was refused once; the next quit goes.
+  bool quitWarned_ = false;
 };

@@ -283,6 +283,12 @@ void EditorSession::Register() {
     return kCommandOK;
   };
   h["quit"] = h["exit"] = h["beenden"] = [this](const CommandWords&) {
+    const std::string unsaved = UnsavedTitles();
+    if (interactive_ && !unsaved.empty() && !quitWarned_) {
+      quitWarned_ = true;
+      return Fail("Die Änderungen an " + unsaved +
+                  " sind nicht gespeichert. Mit \"save\" speichern, oder noch einmal \"quit\", um sie zu verwerfen.");
+    }
     quit_ = true;
     return kCommandOK;
   };

@@ -200,6 +200,28 @@ TEST_F(EditCommand, ABatchRunsEveryFileIndependentlyAndSumsUp) {
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(ReadFileBytes(out + "/in.flac"), "");
   EXPECT_NE(ReadFileBytes(out + "/b.flac"), "");
+  // Inputs of one name from two folders get two outputs, the same on every shard.
+  ASSERT_EQ(RunTool("rm -f '" + out + "'/* && mkdir '" + tmp_.File("d1") + "' '" + tmp_.File("d2") + "'"), 0);
+  WriteFileBytes(tmp_.File("d1/take.wav"), WaveBytes16(Staircase(100), 1, 8000));
+  WriteFileBytes(tmp_.File("d2/take.wav"), WaveBytes16(Staircase(50), 1, 8000));
+  r = Edit({"batch", "--shard", "2/2", "-e", "reverse", "--out", out, tmp_.File("d1/take.wav"), tmp_.File("d2/take.wav")});
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_NE(r.out.find("als take_2.wav gespeichert"), std::string::npos) << r.out;
+  EXPECT_EQ(WaveSamples16(ReadFileBytes(out + "/take_2.wav")).size(), 50u);
+  EXPECT_EQ(ReadFileBytes(out + "/take.wav"), "");
+  r = Edit({"batch", "-e", "reverse", "--out", out, tmp_.File("d1/take.wav"), tmp_.File("d2/take.wav")});
+  EXPECT_NE(r.out.find("2 erfolgreich"), std::string::npos) << r.out;
+  EXPECT_EQ(WaveSamples16(ReadFileBytes(out + "/take.wav")).size(), 100u);
+  EXPECT_EQ(WaveSamples16(ReadFileBytes(out + "/take_2.wav")).size(), 50u);
+}
+
+TEST_F(EditCommand, ChangesThatAreNotSavedAreNotDiscardedWithoutAWord) {
+  EXPECT_EQ(Edit({"edit", in_, "-e", "status"}).err, "");
+  CommandResult r = Edit({"edit", in_, "-e", "reverse"});
+  EXPECT_EQ(r.status, 0);
+  EXPECT_NE(r.err.find("Warnung: Die Änderungen an \"in.wav\" wurden nicht gespeichert"), std::string::npos) << r.err;
+  r = Edit({"shell"}, "open " + in_ + "\nreverse\nquit\n");
+  EXPECT_NE(r.err.find("nicht gespeichert"), std::string::npos) << r.err;
 }
 
 TEST_F(EditCommand, ALoadedChainNamesTheEffectsItCannotRunAndIsSavedAgainAsItWas) {
