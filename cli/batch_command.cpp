@@ -3,6 +3,7 @@
 #include <csignal>
 #include <cstdio>
 #include <map>
+#include <set>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -34,6 +35,33 @@ std::string TargetPath(const std::string& dir, const std::string& input, const s
     }
   }
   return dir + "/" + name;
+}
+
+// The target of every input. Inputs of the same name from different folders would
+// end in one file, so later ones are numbered (take.wav, take_2.wav, ...), never
+// onto a name that another input has by itself. Made over all inputs, before
+// sharding, so every machine of a shard names alike.
+std::vector<std::string> TargetPaths(const std::string& dir, const std::vector<std::string>& inputs,
+                                     const std::string& to) {
+  std::set<std::string> own, taken;
+  for (const std::string& input : inputs) own.insert(TargetPath(dir, input, to));
+  std::vector<std::string> targets;
+  for (const std::string& input : inputs) {
+    std::string target = TargetPath(dir, input, to);
+    if (taken.count(target)) {
+      const auto dot = target.rfind('.');
+      const bool hasExt = dot != std::string::npos && dot > dir.size();
+      const std::string stem = hasExt ? target.substr(0, dot) : target;
+      const std::string ext = hasExt ? target.substr(dot) : "";
+      for (int n = 2;; ++n) {
+        target = stem + "_" + std::to_string(n) + ext;
+        if (!taken.count(target) && !own.count(target)) break;
+      }
+    }
+    taken.insert(target);
+    targets.push_back(target);
+  }
+  return targets;
 }
 
 // One file, in a process of its own, so that files never share state.
@@ -103,9 +131,15 @@ int RunBatchCommand(const std::vector<std::string>& args) {
     }
   }
   // Every machine of a shard takes every N-th file, counted from K.
-  std::vector<std::string> mine;
+  const std::vector<std::string> targets = TargetPaths(out, files, to);
+  std::vector<std::size_t> mine;
   for (std::size_t i = 0; i < files.size(); ++i) {
-    if (static_cast<long>(i % static_cast<std::size_t>(shardCount)) == shardIndex - 1) mine.push_back(files[i]);
+    if (static_cast<long>(i % static_cast<std::size_t>(shardCount)) != shardIndex - 1) continue;
+    mine.push_back(i);
+    if (targets[i] != TargetPath(out, files[i], to)) {
+      std::printf("Hinweis: %s wird als %s gespeichert, weil eine andere Datei gleich heißt.\n", files[i].c_str(),
+                  BaseName(targets[i]).c_str());
+    }
   }
   if (mine.empty()) {
     std::printf("Keine Dateien für diesen Teil.\n");
@@ -130,12 +164,13 @@ int RunBatchCommand(const std::vector<std::string>& args) {
       failed.push_back(file);
     }
   };
-  for (const std::string& file : mine) {
+  for (std::size_t i : mine) {
+    const std::string& file = files[i];
     if (TerminalProgress::Interrupted()) break;
     while (running.size() >= static_cast<std::size_t>(jobs)) reap();
     std::fflush(nullptr);
     pid_t pid = ::fork();
-    if (pid == 0) _exit(RunOne(file, commands, TargetPath(out, file, to), to));
+    if (pid == 0) _exit(RunOne(file, commands, targets[i], to));
     if (pid < 0) {
       failed.push_back(file);
       continue;

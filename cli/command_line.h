@@ -20,6 +20,3 @@ using CommandWords = std::vector<std::string>;
 // Reads a decimal number (a comma works as the decimal point, as Germans write it).
 [[nodiscard]] bool ParseNumber(const std::string& text, double* value);
 
-// Lower case with accents folded (ä to a, ß to ss) and blanks removed, for
-// comparing effect names and parameter labels.
-[[nodiscard]] std::string FoldForMatch(const std::string& text);

@@ -1,6 +1,9 @@
 #include "cli/edit_command.h"
 
+#include <clocale>
 #include <cstdio>
+#include <cstring>
+#include <langinfo.h>
 #include <fstream>
 #include <iostream>
 #include <unistd.h>
@@ -8,10 +11,49 @@
 #include "cli/editor_session.h"
 
 #ifdef SONVALE_HAVE_LIBEDIT
+#include <cerrno>
+#include <poll.h>
+
 #include <editline/readline.h>
 #endif
 
 namespace {
+
+#ifdef SONVALE_HAVE_LIBEDIT
+// The line the callback interface of the line editor handed over.
+struct TypedLine {
+  std::string text;
+  bool done = false;
+  bool end = false;
+} gTyped;
+
+void OnTypedLine(char* text) {
+  gTyped.done = true;
+  gTyped.end = text == nullptr;
+  if (text) gTyped.text = text;
+  free(text);
+}
+
+// Reads one line with editing and history; false at the end of input or when
+// Ctrl-C dropped the line (TerminalProgress::Interrupted tells which). A blocking
+// readline would sit through a Ctrl-C, so the editor is fed a key at a time
+// while the wait for keys can be interrupted.
+bool ReadTypedLine(const std::string& prompt, std::string* line) {
+  gTyped = TypedLine();
+  rl_callback_handler_install(prompt.c_str(), OnTypedLine);
+  while (!gTyped.done && !TerminalProgress::Interrupted()) {
+    pollfd wait[2] = {{STDIN_FILENO, POLLIN, 0}, {TerminalProgress::InterruptFd(), POLLIN, 0}};
+    const int ready = poll(wait, 2, -1);
+    if (ready < 0 && errno != EINTR) gTyped.done = gTyped.end = true;
+    if (ready > 0 && wait[0].revents) rl_callback_read_char();
+  }
+  rl_callback_handler_remove();
+  if (!gTyped.done || gTyped.end) return false;
+  *line = gTyped.text;
+  if (!line->empty()) add_history(line->c_str());
+  return true;
+}
+#endif
 
 // Runs the lines of a script; stops at the first failing command.
 int RunLines(EditorSession& session, std::istream& in, const std::string& source) {
@@ -74,8 +116,9 @@ int RunEditCommand(const std::vector<std::string>& args) {
     if (status != kCommandOK) return status;
     if (session.QuitRequested()) break;
   }
-  if (!out.empty()) return session.SaveCurrent(out, to);
-  return kCommandOK;
+  const int status = out.empty() ? kCommandOK : session.SaveCurrent(out, to);
+  session.WarnUnsaved();
+  return status;
 }
 
 int RunShellCommand(const std::vector<std::string>& args) {
@@ -85,8 +128,20 @@ int RunShellCommand(const std::vector<std::string>& args) {
     int status = session.OpenDocument(f);
     if (status != kCommandOK && !terminal) return status;
   }
-  if (!terminal) return RunLines(session, std::cin, "der Eingabe");
+  if (!terminal) {
+    const int status = RunLines(session, std::cin, "der Eingabe");
+    session.WarnUnsaved();
+    return status;
+  }
 
+  // Line editing decodes what is typed by the character type of the locale; in
+  // the C locale it would drop every umlaut, so take UTF-8 there.
+  std::setlocale(LC_CTYPE, "");
+  if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) std::setlocale(LC_CTYPE, "C.UTF-8");
+#ifdef SONVALE_HAVE_LIBEDIT
+  // Ctrl-C stays with our handler, which cancels a running command.
+  rl_catch_signals = 0;
+#endif
   std::printf("Sonvale – \"hilfe\" zeigt die Befehle, \"quit\" beendet.\n");
   int last = kCommandOK;
   while (!session.QuitRequested()) {
@@ -98,17 +153,27 @@ int RunShellCommand(const std::vector<std::string>& args) {
     }
     prompt += "> ";
     std::string line;
+    // A Ctrl-C that cancelled the last command is spent.
+    TerminalProgress::ResetInterrupt();
 #ifdef SONVALE_HAVE_LIBEDIT
-    char* text = readline(prompt.c_str());
-    if (!text) break;
-    line = text;
-    free(text);
-    if (!line.empty()) add_history(line.c_str());
+    const bool read = ReadTypedLine(prompt, &line);
 #else
     std::fputs(prompt.c_str(), stdout);
     std::fflush(stdout);
-    if (!std::getline(std::cin, line)) break;
+    const bool read = static_cast<bool>(std::getline(std::cin, line));
+    if (!read) std::cin.clear();
 #endif
+    if (!read && TerminalProgress::Interrupted()) {
+      // Ctrl-C at the prompt drops the line typed so far, as shells do.
+      std::printf("\n");
+      continue;
+    }
+    if (!read) {
+      // End of input is a quit, with the same question about unsaved changes.
+      std::printf("\n");
+      last = session.ExecuteLine("quit");
+      continue;
+    }
     TerminalProgress::ResetInterrupt();
     // A failed or cancelled command returns to the prompt; the session goes on.
     last = session.ExecuteLine(line);

@@ -6,6 +6,7 @@
 
 #include "app/core_utils.h"
 #include "app/cut_list_render.h"
+#include "app/edit_commands.h"
 #include "app/file_gui.h"
 #include "app/mark_commands.h"
 #include "base/safe_save.h"
@@ -14,7 +15,7 @@
 
 
 EditorSession::EditorSession(bool interactive, bool quietProgress)
-    : frontEnd_(interactive, quietProgress), main_(frontEnd_, board_) {
+    : frontEnd_(interactive, quietProgress), main_(frontEnd_, board_), interactive_(interactive) {
   Register();
 }
 
@@ -73,7 +74,31 @@ int EditorSession::Execute(const CommandWords& words) {
   if (it == handlers_.end()) {
     return Fail("Unbekannter Befehl \"" + words[0] + "\". \"hilfe\" zeigt die Befehle.");
   }
-  return it->second(words);
+  const bool warned = quitWarned_;
+  const int status = it->second(words);
+  // Only a quit right after the warning discards the changes.
+  if (warned) quitWarned_ = false;
+  return status;
+}
+
+std::string EditorSession::UnsavedTitles() {
+  std::string titles;
+  SVWindowManager& m = main_.Windows();
+  for (int t = 0; t < m.TabCount(); ++t) {
+    for (int i = 0; i < m.TabFileWindowCount(t); ++i) {
+      SVFileGUI* window = m.FileWindowAt(t, i);
+      if (!window->File()->IsModified()) continue;
+      titles += (titles.empty() ? "\"" : ", \"") + window->Title() + "\"";
+    }
+  }
+  return titles;
+}
+
+void EditorSession::WarnUnsaved() {
+  const std::string titles = UnsavedTitles();
+  if (!titles.empty()) {
+    std::fprintf(stderr, "Warnung: Die Änderungen an %s wurden nicht gespeichert und gehen verloren.\n", titles.c_str());
+  }
 }
 
 int EditorSession::RunJob(const char* title, const SVProcessJob& job) {
@@ -114,19 +139,27 @@ int EditorSession::Modify(const char* label, const std::function<LProcessResult(
 }
 
 int EditorSession::RunEdit(SVEfCutListProcess& edit) {
-  const char* label = edit.GetEffectName();
-  int code = 0;
-  return Modify(label, [&](SVFile&) {
-    return frontEnd_.RunProcess(label, [&](LProcessInterface& process) {
-      code = edit.ProcessAndInsertCutList(process);
-      if (code == 0) return kLProcessSuccess;
-      if (code == kSVEfResultInvalidSelection) {
-        process.SetError("Die Auswahl ist ungültig: das Ende liegt vor dem Anfang oder die obere Frequenz unter der unteren.");
-        return kLProcessFailed;
-      }
-      return process.IsCancelled() ? kLProcessCancelled : kLProcessFailed;
-    });
-  });
+  SVFile* file = Need();
+  if (!file) return kCommandFailed;
+  const SVSelection& s = file->Selection();
+  if (s.end < s.start || (s.band && s.highFrequency < s.lowFrequency)) {
+    return Fail("Die Auswahl ist ungültig: das Ende liegt vor dem Anfang oder die obere Frequenz unter der unteren.");
+  }
+  const bool modified = file->IsModified();
+  const bool changed = file->IsChanged();
+  // The app's edit protocol: the snapshot comes before the scope is widened, and
+  // bookmarks follow the audio.
+  const int result = SVEditCommands::Run(main_.Windows().CurrentFileWindow(), edit);
+  main_.UpdateUndoMenuItem();
+  if (result == kLProcessSuccess) return kCommandOK;
+  file->ModifiedSet(modified);
+  file->ChangedSet(changed);
+  if (result == kLProcessCancelled) {
+    PrintError("Abgebrochen. Das Dokument bleibt, wie es war.");
+    return kCommandCancelled;
+  }
+  return Fail(frontEnd_.LastError().empty() ? std::string(edit.GetEffectName()) + " ist fehlgeschlagen."
+                                            : frontEnd_.LastError());
 }
 
 int EditorSession::InsertList(const char* label, LCutListAudio list, bool replaceSelection) {

@@ -35,6 +35,8 @@ public:
   [[nodiscard]] int SaveCurrent(const std::string& path, const std::string& to, const std::string& quality = {});
 
   [[nodiscard]] bool QuitRequested() const { return quit_; }
+  // Warns on standard error of every document with changes that were not saved.
+  void WarnUnsaved();
   [[nodiscard]] SVFile* Current();
   [[nodiscard]] SVWindowManager& Manager() { return main_.Windows(); }
   // The short help text of the command language.
@@ -53,9 +55,10 @@ private:
   // Runs a change of the current document under the modification protocol:
   // the change answers a process result; anything but success rolls back.
   int Modify(const char* label, const std::function<LProcessResult(SVFile&)>& change);
-  // Runs an edit object on the current document under the modification protocol.
+  // Runs an edit object on the current document's selection (the whole document
+  // when nothing is selected) through the app's edit commands.
   int RunEdit(SVEfCutListProcess& edit);
-  // The same on the selection, or on the whole document when nothing is selected.
+  // The same, leaving nothing selected afterwards when nothing was selected before.
   int RunEditOnRange(SVEfCutListProcess& edit);
   int RunJob(const char* title, const SVProcessJob& job);
   int InsertList(const char* label, LCutListAudio list, bool replaceSelection);
@@ -76,5 +79,10 @@ private:
   std::map<std::string, Handler> handlers_;
   // The effects applied so far, in order: what "chain save" writes.
   LSoundProcessMulti applied_;
+  // The titles of the documents with unsaved changes, quoted and joined.
+  std::string UnsavedTitles();
+  bool interactive_;
   bool quit_ = false;
+  // An interactive quit with unsaved changes was refused once; the next quit goes.
+  bool quitWarned_ = false;
 };

@@ -25,63 +25,10 @@
 #include "base/safe_save.h"
 #include "cli/editor_session.h"
 #include "effects/effect_chain_file.h"
-#include "effects/sound_process_factory.h"
-#include "effects/sound_process_type.h"
+#include "effects/sound_process_by_name.h"
+#include "effects/sound_process_setting_text.h"
+#include "effects/sound_process_unknown.h"
 #include "effects/tone_generator.h"
-
-namespace {
-
-// Effects reachable by a short key besides their German names.
-struct EffectKey {
-  const char* key;
-  int type;
-};
-constexpr EffectKey kEffectKeys[] = {{"echo", kLSPTypeEcho}, {"gain", kLSPTypeGain}};
-// The effect types this build processes itself (the rest load as pass-through).
-constexpr int kBuiltEffectTypes[] = {kLSPTypeGain, kLSPTypeEcho};
-
-std::unique_ptr<LSoundProcess> EffectByName(const std::string& name) {
-  const std::string wanted = FoldForMatch(name);
-  for (const EffectKey& k : kEffectKeys) {
-    if (wanted == k.key) return LSoundProcessCreate(k.type);
-  }
-  for (int type : kBuiltEffectTypes) {
-    auto effect = LSoundProcessCreate(type);
-    char label[kLPathMax] = {};
-    if (effect && FoldForMatch(effect->GetName(label)) == wanted) return effect;
-  }
-  return nullptr;
-}
-
-// Sets a parameter from text by its descriptor's type; false when the text is no number.
-bool ParameterSet(LSoundProcess& effect, int index, const LSoundProcessParameter& p, const std::string& text) {
-  double v = 0;
-  if (!ParseNumber(text, &v)) return false;
-  // Wide enough for every type; a setter that reads fewer bytes takes the low ones.
-  alignas(8) unsigned char value[8] = {};
-  switch (p.type) {
-    case kLSPParamDouble: {
-      std::memcpy(value, &v, sizeof v);
-      break;
-    }
-    case kLSPParamBool: {
-      bool b = v != 0;
-      std::memcpy(value, &b, sizeof b);
-      break;
-    }
-    default: {
-      long long n = std::llround(v);
-      if (p.type == kLSPParamUInt16 && (n < 0 || n > 65535)) return false;
-      if ((p.type == kLSPParamUInt8) && (n < 0 || n > 255)) return false;
-      if (p.type == kLSPParamLevelDb && (n < -128 || n > 127)) return false;
-      std::memcpy(value, &n, sizeof n);
-    }
-  }
-  effect.SetParameterByIndex(index, value);
-  return true;
-}
-
-}  // namespace
 
 void EditorSession::Register() {
   auto& h = handlers_;
@@ -195,6 +142,8 @@ void EditorSession::Register() {
     if (!Time(w[1], &at)) return kCommandFailed;
     if (at > file->CutList().GetLength()) return Fail("Der Cursor liegt hinter dem Ende des Dokuments.");
     file->CursorSet(at);
+    // As a click does: what comes next acts at the cursor, not on an old selection.
+    file->Selection().start = file->Selection().end = at;
     return kCommandOK;
   };
 
@@ -337,6 +286,12 @@ void EditorSession::Register() {
     return kCommandOK;
   };
   h["quit"] = h["exit"] = h["beenden"] = [this](const CommandWords&) {
+    const std::string unsaved = UnsavedTitles();
+    if (interactive_ && !unsaved.empty() && !quitWarned_) {
+      quitWarned_ = true;
+      return Fail("Die Änderungen an " + unsaved +
+                  " sind nicht gespeichert. Mit \"save\" speichern, oder noch einmal \"quit\", um sie zu verwerfen.");
+    }
     quit_ = true;
     return kCommandOK;
   };
@@ -344,22 +299,14 @@ void EditorSession::Register() {
 
 int EditorSession::RunEditOnRange(SVEfCutListProcess& edit) {
   SVFile* file = Current();
-  SVSelection& s = file->Selection();
-  const bool whole = s.IsEmpty();
-  // With nothing selected an edit acts on the whole document; the scope is set
-  // after the snapshot, so Undo brings back the empty selection.
-  const int result = SVEditCommands::Run(main_.Windows().CurrentFileWindow(), edit, SVEditScope::kSelectionOrWhole, false);
-  main_.UpdateUndoMenuItem();
-  if (whole) s.start = s.end = std::min(file->Cursor(), file->CutList().GetLength());
-  if (result == kLProcessCancelled) {
-    PrintError("Abgebrochen. Das Dokument bleibt, wie es war.");
-    return kCommandCancelled;
+  const bool whole = file && file->Selection().IsEmpty();
+  int status = RunEdit(edit);
+  // An edit of the whole document leaves nothing selected, as it found it.
+  if (whole && status == kCommandOK) {
+    SVSelection& s = file->Selection();
+    s.start = s.end = std::min(file->Cursor(), file->CutList().GetLength());
   }
-  if (result != kLProcessSuccess) {
-    return Fail(frontEnd_.LastError().empty() ? std::string(edit.GetEffectName()) + " ist fehlgeschlagen."
-                                              : frontEnd_.LastError());
-  }
-  return kCommandOK;
+  return status;
 }
 
 int EditorSession::Generate(const CommandWords& w) {
@@ -454,35 +401,11 @@ int EditorSession::Effect(const CommandWords& w) {
   SVFile* file = Need();
   if (!file) return kCommandFailed;
   if (w.size() < 2) return Fail("Aufruf: effect NAME [PARAMETER=WERT ...] [preset=NAME]");
-  std::unique_ptr<LSoundProcess> effect = EffectByName(w[1]);
-  if (!effect) return Fail("Unbekannter Effekt \"" + w[1] + "\". Verfügbar: echo (Echo), gain (Verstärkung).");
+  std::unique_ptr<LSoundProcess> effect = LSoundProcessCreateByName(w[1]);
+  if (!effect) return Fail("Unbekannter Effekt \"" + w[1] + "\". Verfügbar: " + LSoundProcessNamesText() + ".");
   for (size_t i = 2; i < w.size(); ++i) {
-    auto eq = w[i].find('=');
-    if (eq == std::string::npos || eq == 0) return Fail("Erwartet PARAMETER=WERT, nicht \"" + w[i] + "\".");
-    const std::string label = FoldForMatch(w[i].substr(0, eq));
-    const std::string text = w[i].substr(eq + 1);
-    if (label == "preset") {
-      bool found = false;
-      for (int k = 0; k < effect->GetNumPresets() && !found; ++k) {
-        char presetName[kLPathMax] = {};
-        effect->GetPresetsName(k, presetName);
-        if (FoldForMatch(presetName) == FoldForMatch(text)) {
-          effect->SetPreset(k);
-          found = true;
-        }
-      }
-      if (!found) return Fail("Der Effekt kennt die Voreinstellung \"" + text + "\" nicht.");
-      continue;
-    }
-    bool found = false;
-    for (int k = 0; k < effect->GetNumParameters() && !found; ++k) {
-      LSoundProcessParameter p;
-      effect->GetParameterByIndex(k, &p);
-      if (FoldForMatch(p.szName) != label) continue;
-      found = true;
-      if (!ParameterSet(*effect, k, p, text)) return Fail("\"" + text + "\" ist kein gültiger Wert für " + p.szName + ".");
-    }
-    if (!found) return Fail("Der Effekt hat keinen Parameter \"" + w[i].substr(0, eq) + "\".");
+    std::string message;
+    if (LSoundProcessSetFromText(*effect, w[i], &message) != LSPSettingTextResult::kOK) return Fail(message);
   }
   if (!effect->IsValid()) return Fail("Die Einstellungen des Effekts sind ungültig.");
   LSoundProcessMulti chain;
@@ -512,8 +435,23 @@ int EditorSession::Chain(const CommandWords& w) {
   if (result != LEffectChainLoadResult::kOK) {
     return Fail(std::string(LEffectChainLoadTitle(result)) + ": " + LEffectChainLoadMessage(result) + " (" + w[1] + ")");
   }
+  if (const std::string unknown = LSPUnknownNamesIn(chain); !unknown.empty()) {
+    std::fprintf(stderr,
+                 "Warnung: Diese Version von Sonvale kann nicht alle Effekte der Kette ausführen: %s. Sie lassen den Ton "
+                 "unverändert durch und bleiben beim Speichern der Kette erhalten.\n",
+                 unknown.c_str());
+  }
   SVEfEffectChain edit(file->CutList(), file->Selection(), chain);
-  return RunEditOnRange(edit);
+  const int status = RunEditOnRange(edit);
+  if (status != kCommandOK) return status;
+  // What "chain save" writes next: the chain as loaded, switched-off effects included.
+  for (const LSoundProcess* p = chain.GetFirst(); p; p = p->pNext) {
+    std::unique_ptr<LSoundProcess> copy(p->GetNewCopy());
+    if (!copy) continue;
+    copy->bDisabled = p->bDisabled;
+    applied_.Append(std::move(copy));
+  }
+  return status;
 }
 
 int EditorSession::Project(const CommandWords& w) {

@@ -3,15 +3,40 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace {
 volatile std::sig_atomic_t gInterrupted = 0;
+// A byte per Ctrl-C, so a wait for keys wakes even when the signal came just before it.
+int gInterruptPipe[2] = {-1, -1};
 
-void OnInterrupt(int) { gInterrupted = 1; }
+void OnInterrupt(int) {
+  gInterrupted = 1;
+  if (gInterruptPipe[1] >= 0) {
+    const char byte = 1;
+    (void)!write(gInterruptPipe[1], &byte, 1);
+  }
+}
+
+void DrainInterruptPipe() {
+  char bytes[64];
+  if (gInterruptPipe[0] >= 0) {
+    while (read(gInterruptPipe[0], bytes, sizeof bytes) > 0) {
+    }
+  }
+}
 }  // namespace
 
+int TerminalProgress::InterruptFd() { return gInterruptPipe[0]; }
+
 void TerminalProgress::InstallInterruptHandler() {
+  if (gInterruptPipe[0] < 0 && pipe(gInterruptPipe) == 0) {
+    for (int fd : gInterruptPipe) {
+      fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | O_NONBLOCK);
+      fcntl(fd, F_SETFD, FD_CLOEXEC);
+    }
+  }
   struct sigaction action {};
   action.sa_handler = OnInterrupt;
   sigemptyset(&action.sa_mask);
@@ -20,7 +45,10 @@ void TerminalProgress::InstallInterruptHandler() {
 
 bool TerminalProgress::Interrupted() { return gInterrupted != 0; }
 
-void TerminalProgress::ResetInterrupt() { gInterrupted = 0; }
+void TerminalProgress::ResetInterrupt() {
+  gInterrupted = 0;
+  DrainInterruptPipe();
+}
 
 TerminalProgress::TerminalProgress(bool quiet) : quiet_(quiet), tty_(isatty(STDERR_FILENO) != 0) {}
 
@@ -29,7 +57,7 @@ TerminalProgress::~TerminalProgress() { Finish(); }
 bool TerminalProgress::IsCancelled() { return gInterrupted != 0; }
 
 void TerminalProgress::Reset() {
-  gInterrupted = 0;
+  ResetInterrupt();
   lastShown_ = -1;
   lastDecile_ = -1;
 }

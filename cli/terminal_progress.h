@@ -29,6 +29,8 @@ public:
   static bool Interrupted();
   // Clears an interrupt that ended the last job, before the next one starts.
   static void ResetInterrupt();
+  // Readable after an interrupt until ResetInterrupt; -1 before the handler is installed.
+  static int InterruptFd();
 
 private:
   void Draw();

@@ -131,7 +131,8 @@ void LSPEcho::ResetToDefault() {
 
 LSRCEcho::LSRCEcho(const LSoundSource& input, int gainPercent, long long timeMs)
     : LSoundProcessBase(input),
-      feedback_(static_cast<float>(gainPercent) / 100.0f),
+      // A gain of 100 % or more from a file would make the line grow without end.
+      feedback_(static_cast<float>(std::clamp(gainPercent, kLSPEchoGainMin, kLSPEchoGainMax)) / 100.0f),
       timeMs_(std::clamp(timeMs, kLSPEchoTimeMin, kLSPEchoTimeMax)) {
   long long rate = GetSampleRate();
   long long frames = (timeMs_ / kMsPerSecond) * rate + (timeMs_ % kMsPerSecond) * rate / kMsPerSecond;

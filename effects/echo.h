@@ -1,8 +1,9 @@
 #pragma once
 // LSPEcho (type 3, "Echo"): a feedback echo, and LSRCEcho, its processing source.
 //
-// Settings: the feedback gain in percent ("Zunahme", 1 ... 99 %) and the delay
-// time in milliseconds ("Zeit", clamped to 1 ... 4000 ms when a source is opened).
+// Settings: the feedback gain in percent ("Zunahme", 1 ... 99 %) and the delay time
+// in milliseconds ("Zeit", 1 ... 4000 ms). A source is opened with both clamped to
+// those ranges, whatever a file supplied.
 // The time parameter is described as 64-bit but SetParameterByIndex reads a
 // 32-bit integer and widens it: callers pass 32-bit integers, deliberately.
 //

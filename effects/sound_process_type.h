@@ -48,3 +48,18 @@ constexpr bool LSoundProcessTypeIsAssigned(int type) {
     if (type == gap) return false;
   return true;
 }
+
+// The German display name of an assigned type id (what GetName of its class
+// writes), also for effects this build does not have; null for other ids.
+constexpr const char* LSoundProcessTypeName(int type) {
+  constexpr const char* kNames[] = {
+      nullptr,          "Verstärkung",    "Kompressor",        "Echo",          "Chor",
+      "Verzerrung",     "Hochpass",       "Flanger",           "Hall",          "Equalizer",
+      "Parametrischer EQ", "Grafischer EQ", "Visueller EQ",    "Pitch Shifter", "Pitch Shifter",
+      "Tiefpass",       "Unbenannter Effekt", "3-Band-Equalizer", nullptr,      "Tremolo",
+      "Vibrato",        "Doppler",        "Wah-Wah",           "Grafikkompressor", "Pitch Shifter für Stimme",
+      nullptr,          nullptr,          "Phaser",            "AM Radio",      "Telefon",
+      "Noise-Gate",     "Multiband Noise Gating", "Click/Pop-Entfernung", "De-esser"};
+  if (type == kLSPTypeAudioUnitPlugin) return "Audio-Unit-Plug-in";
+  return LSoundProcessTypeIsAssigned(type) ? kNames[type] : nullptr;
+}

@@ -1,5 +1,7 @@
 #include "effects/sound_process_unknown.h"
 
+#include "effects/sound_process_type.h"
+
 char* LSPUnknown::GetName(char* buffer) const {
   LSoundProcessCopyName(buffer, "Unbekannt");
   return buffer;
@@ -14,4 +16,16 @@ void LSPUnknown::LoadFromSDF(LSDFReader&, LSDFReaderChunkIterator& iterator) {
     // A chunk that cannot be read whole is left out rather than kept damaged.
     (void)iterator.Chunk().ReadUnknownChunk(listChunks);
   }
+}
+
+std::string LSPUnknownNamesIn(const LSoundProcessMulti& chain) {
+  std::string names;
+  for (const LSoundProcess* p = chain.GetFirst(); p; p = p->pNext) {
+    if (!dynamic_cast<const LSPUnknown*>(p)) continue;
+    const int type = p->GetSoundProcessType();
+    const char* name = LSoundProcessTypeName(type);
+    if (!names.empty()) names += ", ";
+    names += name ? std::string(name) + " (Typ " + std::to_string(type) + ")" : "Typ " + std::to_string(type);
+  }
+  return names;
 }

@@ -5,7 +5,10 @@
 // sound through unchanged, so a chain is loaded, played and saved without loss.
 #include "base/list.h"
 #include "base/sdf_unknown_chunk.h"
+#include <string>
+
 #include "effects/sound_process.h"
+#include "effects/sound_process_multi.h"
 
 class LSPUnknown final : public LSoundProcess {
 public:
@@ -27,3 +30,7 @@ public:
   // Keeps every chunk of the record as it is.
   void LoadFromSDF(LSDFReader& reader, LSDFReaderChunkIterator& iterator) override;
 };
+
+// The effects of a chain that stand in for ones this build cannot run, named for a
+// warning ("Chor (Typ 4), Typ 99"); empty when there are none.
+[[nodiscard]] std::string LSPUnknownNamesIn(const LSoundProcessMulti& chain);

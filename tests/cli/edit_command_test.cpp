@@ -10,6 +10,11 @@
 #include <chrono>
 #include <thread>
 
+#include "base/memory_stream.h"
+#include "effects/echo.h"
+#include "effects/effect_chain_file.h"
+#include "effects/gain.h"
+#include "effects/sound_process_unknown.h"
 #include "run_command.h"
 #include "support/temp_folder.h"
 #include "wave_bytes.h"
@@ -54,7 +59,8 @@ protected:
 
 TEST_F(EditCommand, CutPasteDeleteAndReverseGiveExactlyTheFramesTheyMust) {
   CommandResult r = Edit({"edit", in_, "-e", "select 100f 200f; cut; cursor 1000f; paste", "-e",
-                          "select 0f 10f; delete; select 50f 54f; reverse", "-o", tmp_.File("out.wav")});
+                          "select 0f 10f; delete; select 50f 54f; reverse", "-e",
+                          "select 300f 310f; copy; cursor 2000f; paste", "-o", tmp_.File("out.wav")});
   ASSERT_EQ(r.status, 0) << r.err;
   // The model: the same edits on a plain vector.
   std::vector<std::int16_t> m = Staircase(8000);
@@ -63,6 +69,9 @@ TEST_F(EditCommand, CutPasteDeleteAndReverseGiveExactlyTheFramesTheyMust) {
   m.insert(m.begin() + 1000, clip.begin(), clip.end());
   m.erase(m.begin(), m.begin() + 10);
   std::reverse(m.begin() + 50, m.begin() + 54);
+  // Setting the cursor drops the selection, so the paste inserts there.
+  std::vector<std::int16_t> copied(m.begin() + 300, m.begin() + 310);
+  m.insert(m.begin() + 2000, copied.begin(), copied.end());
   EXPECT_EQ(Saved("out.wav"), m);
 }
 
@@ -116,6 +125,7 @@ TEST_F(EditCommand, BadInputStopsWithAGermanMessageAndTouchesNoFile) {
       {{"edit", in_, "-e", "select 0 5", "-o", target}, "hinter dem Ende"},
       {{"edit", in_, "-e", "band 2000 1000", "-o", target}, "unter der unteren"},
       {{"edit", in_, "-e", "delete; reverse", "-o", target}, "zuerst einen Bereich"},
+      {{"edit", in_, "-e", "effect echo Zunahme=150", "-o", target}, "zwischen 1 und 99 %"},
       {{"edit", in_, "-o", tmp_.File("no/such/folder/x.wav")}, "kann nicht geschrieben werden"},
       {{"edit", in_, "-e", "save " + target + " --to mp5"}, "Unbekanntes Format"},
   };
@@ -165,15 +175,19 @@ TEST_F(EditCommand, InterruptingALongEffectLeavesTheTargetUntouched) {
 TEST_F(EditCommand, AProjectSavedByOneRunReopensInTheNextWithItsMarksEvenWithoutTheCache) {
   const std::string project = tmp_.File("p.svp");
   CommandResult r = Edit({"edit", in_, "-e",
-                          "select 0f 100f; delete; bookmark add Mitte 2000f; region add Anfang 0f 500f; project save " +
-                              project});
+                          "bookmark add Mitte 2100f; bookmark add Weg 50f; select 0f 100f; delete; "
+                          "region add Anfang 0f 500f; project save " + project});
   ASSERT_EQ(r.status, 0) << r.err;
   // The full save carries its audio, so a cleaned cache does not matter.
   ASSERT_EQ(RunTool("rm -rf '" + tmp_.File("cache") + "'"), 0);
   r = Edit({"edit", "-e", "project open " + project + "; bookmarks; regions; save " + tmp_.File("back.wav")});
   ASSERT_EQ(r.status, 0) << r.err;
+  // The marks follow the audio they were set on; one inside the deleted part went with it.
   EXPECT_NE(r.out.find("Mitte"), std::string::npos) << r.out;
+  EXPECT_NE(r.out.find("(2000)"), std::string::npos) << r.out;
+  EXPECT_EQ(r.out.find("Weg"), std::string::npos) << r.out;
   EXPECT_NE(r.out.find("Anfang"), std::string::npos) << r.out;
+  EXPECT_NE(RunSonvale({"info", tmp_.File("back.wav")}, env_).out.find("Marke:        0:00:00.250 (2000)"), std::string::npos);
   std::vector<std::int16_t> m = Staircase(8000);
   m.erase(m.begin(), m.begin() + 100);
   EXPECT_EQ(Saved("back.wav"), m);
@@ -195,6 +209,53 @@ TEST_F(EditCommand, ABatchRunsEveryFileIndependentlyAndSumsUp) {
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(ReadFileBytes(out + "/in.flac"), "");
   EXPECT_NE(ReadFileBytes(out + "/b.flac"), "");
+  // Inputs of one name from two folders get two outputs, the same on every shard.
+  ASSERT_EQ(RunTool("rm -f '" + out + "'/* && mkdir '" + tmp_.File("d1") + "' '" + tmp_.File("d2") + "'"), 0);
+  WriteFileBytes(tmp_.File("d1/take.wav"), WaveBytes16(Staircase(100), 1, 8000));
+  WriteFileBytes(tmp_.File("d2/take.wav"), WaveBytes16(Staircase(50), 1, 8000));
+  r = Edit({"batch", "--shard", "2/2", "-e", "reverse", "--out", out, tmp_.File("d1/take.wav"), tmp_.File("d2/take.wav")});
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_NE(r.out.find("als take_2.wav gespeichert"), std::string::npos) << r.out;
+  EXPECT_EQ(WaveSamples16(ReadFileBytes(out + "/take_2.wav")).size(), 50u);
+  EXPECT_EQ(ReadFileBytes(out + "/take.wav"), "");
+  r = Edit({"batch", "-e", "reverse", "--out", out, tmp_.File("d1/take.wav"), tmp_.File("d2/take.wav")});
+  EXPECT_NE(r.out.find("2 erfolgreich"), std::string::npos) << r.out;
+  EXPECT_EQ(WaveSamples16(ReadFileBytes(out + "/take.wav")).size(), 100u);
+  EXPECT_EQ(WaveSamples16(ReadFileBytes(out + "/take_2.wav")).size(), 50u);
+}
+
+TEST_F(EditCommand, ChangesThatAreNotSavedAreNotDiscardedWithoutAWord) {
+  EXPECT_EQ(Edit({"edit", in_, "-e", "status"}).err, "");
+  CommandResult r = Edit({"edit", in_, "-e", "reverse"});
+  EXPECT_EQ(r.status, 0);
+  EXPECT_NE(r.err.find("Warnung: Die Änderungen an \"in.wav\" wurden nicht gespeichert"), std::string::npos) << r.err;
+  r = Edit({"shell"}, "open " + in_ + "\nreverse\nquit\n");
+  EXPECT_NE(r.err.find("nicht gespeichert"), std::string::npos) << r.err;
+}
+
+TEST_F(EditCommand, ALoadedChainNamesTheEffectsItCannotRunAndIsSavedAgainAsItWas) {
+  LSoundProcessMulti chain;
+  auto echo = std::make_unique<LSPEcho>();
+  echo->SetGain(40);
+  echo->SetTime(10);
+  chain.Append(std::move(echo));
+  auto newer = std::make_unique<LSPUnknown>(99);
+  newer->listChunks.push_back(LSDFUnknownChunk{0x2001, kSDFChunkTypeInt, {7, 0, 0, 0}, 1});
+  chain.Append(std::move(newer));
+  chain.Append(std::make_unique<LSPUnknown>(4));
+  auto off = std::make_unique<LSPGain>(-6.0);
+  off->bDisabled = true;
+  chain.Append(std::move(off));
+  LMemoryStream bytes;
+  ASSERT_TRUE(LEffectChainSave(chain, bytes));
+  const std::string original(bytes.Bytes().begin(), bytes.Bytes().end());
+  WriteFileBytes(tmp_.File("in.ecf"), original);
+
+  CommandResult r = Edit({"edit", in_, "-e", "chain " + tmp_.File("in.ecf") + "; chain save " + tmp_.File("again.ecf")});
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_NE(r.err.find("Warnung: "), std::string::npos) << r.err;
+  EXPECT_NE(r.err.find("Typ 99, Chor (Typ 4)"), std::string::npos) << r.err;
+  EXPECT_EQ(ReadFileBytes(tmp_.File("again.ecf")), original);
 }
 
 TEST_F(EditCommand, ASaveKeepsTheFilesFormatAndSaysWhatTheChosenFormatCannotKeep) {

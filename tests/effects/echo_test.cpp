@@ -36,7 +36,7 @@ void WriteShort(LSDFWriter& w, unsigned short id, std::vector<unsigned char> byt
 
 }  // namespace
 
-TEST(Echo, TheDelayLineHasATwentySampleMinimumAndLoadedTimesOpenAtTheNearestBound) {
+TEST(Echo, TheDelayLineHasATwentySampleMinimumAndLoadedTimesAndGainsOpenAtTheNearestBound) {
   LSPEcho echo;
   echo.SetTime(1);
   LSoundSource input = MakeBufferSource(Staircase(100, 1), 8000, 1);
@@ -52,6 +52,13 @@ TEST(Echo, TheDelayLineHasATwentySampleMinimumAndLoadedTimesOpenAtTheNearestBoun
     LoadEffect(loaded, Record([&](LSDFWriter& w) { w.WriteInt64(kLSPEchoChunkTime64, stored); }));
     EXPECT_EQ(loaded.GetTime(), stored);
     EXPECT_EQ(EchoOf(loaded.OpenSource(input))->GetTimeMs(), bounds.second);
+  }
+  // A gain outside 1 ... 99 % from a file is kept but opens at the nearest bound.
+  for (const auto& [stored, feedback] : {std::pair{150, 0.99f}, {-150, 0.01f}, {99, 0.99f}}) {
+    LSPEcho loaded;
+    LoadEffect(loaded, Record([stored = stored](LSDFWriter& w) { w.WriteInt(kLSPEchoChunkGain, stored); }));
+    EXPECT_EQ(loaded.GetGain(), stored);
+    EXPECT_EQ(EchoOf(loaded.OpenSource(input))->GetFeedback(), feedback);
   }
 }
 

@@ -1,0 +1,23 @@
+#pragma once
+// Setting an effect from text as a person types it: "LABEL=VALUE" for a
+// parameter (the German label, compared as LSoundProcessFoldName does; a comma
+// works as the decimal point) or "preset=NAME" for a factory preset. A value
+// outside the parameter's bounds is refused, never clamped, so what runs is what
+// was asked for.
+#include <string>
+
+#include "effects/sound_process.h"
+
+enum class LSPSettingTextResult {
+  kOK,
+  kNotAnAssignment,  // no "=" or nothing before it
+  kUnknownLabel,     // the effect has no parameter of that label
+  kUnknownPreset,    // the effect has no preset of that name
+  kNotANumber,       // the value is not a number
+  kOutOfRange,       // the value lies outside the parameter's bounds
+};
+
+// Applies one assignment; on anything but kOK the effect is unchanged and
+// message (when given) holds the German reason, naming the range where one applies.
+[[nodiscard]] LSPSettingTextResult LSoundProcessSetFromText(LSoundProcess& effect, const std::string& assignment,
+                                                            std::string* message);
