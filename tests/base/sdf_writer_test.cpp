@@ -8,6 +8,7 @@
 #include "base/memory_stream.h"
 #include "base/sdf_reader.h"
 #include "base/sdf_reader_chunk_iterator.h"
+#include "support/faulty_stream.h"
 
 namespace {
 
@@ -18,32 +19,6 @@ unsigned long long U64At(const Bytes& b, std::size_t at) {
   std::memcpy(&v, b.data() + at, 8);
   return v;
 }
-
-// Accepts `limit` bytes in all, then writes short: a disk that fills up.
-class FailingStream final : public LByteStream {
-public:
-  explicit FailingStream(long long limit) : limit_(limit) {}
-  long long Read(void* buffer, long long n) override { return inner_.Read(buffer, n); }
-  long long Write(const void* buffer, long long n) override {
-    long long allowed = std::min(n, std::max(0LL, limit_ - written_));
-    ++writeCalls_;
-    written_ += allowed;
-    return allowed > 0 ? inner_.Write(buffer, allowed) : -1;
-  }
-  bool Seek(long long offset) override { return inner_.Seek(offset); }
-  long long Tell() override { return inner_.Tell(); }
-  bool Truncate(long long size) override { return inner_.Truncate(size); }
-  long long Size() override { return inner_.Size(); }
-
-  const Bytes& Data() const { return inner_.Bytes(); }
-  int WriteCalls() const { return writeCalls_; }
-
-private:
-  LMemoryStream inner_;
-  long long limit_;
-  long long written_ = 0;
-  int writeCalls_ = 0;
-};
 
 // Ids of the chunks of one container, in file order.
 std::vector<unsigned short> ChildIds(LSDFReader& reader, const LSDFChunkInfo& container) {
@@ -188,32 +163,35 @@ TEST(SDFWriter, FailingStreamStopsTheWriterWhichThenAnswersFalseAndLeavesNoTrail
     ok = writer.WriteInt64(17, 2) && ok;
     return ok;
   };
-  LMemoryStream whole;
-  LSDFWriter reference;
-  ASSERT_TRUE(writeFile(reference, whole));
-  ASSERT_TRUE(reference.Close());
-  const long long full = static_cast<long long>(whole.Bytes().size());
-
-  for (long long limit = 0; limit < full; ++limit) {
-    SCOPED_TRACE(limit);
-    FailingStream stream(limit);
+  FaultCounts clean;
+  {
+    LMemoryStream whole;
+    FaultyStream stream(whole, clean);
+    LSDFWriter reference;
+    ASSERT_TRUE(writeFile(reference, stream));
+    ASSERT_TRUE(reference.Close());
+  }
+  for (const FaultPlan& plan : EveryFaultPlan(clean)) {
+    SCOPED_TRACE(Describe(plan));
+    LMemoryStream target;
+    FaultCounts counts;
+    FaultyStream stream(target, counts, plan);
     LSDFWriter writer;
     bool ok = writeFile(writer, stream);
     bool closed = writer.Close();
     if (ok) {
-      EXPECT_FALSE(closed);  // only the trailer failed, and Close says so
+      EXPECT_FALSE(closed);  // only the end failed, and Close says so
     } else {
       EXPECT_TRUE(closed);  // deliberate: Close does not report earlier failures
       EXPECT_FALSE(writer.IsOK());
-      int calls = stream.WriteCalls();
+      const long long calls = counts.Calls();
       EXPECT_FALSE(writer.WriteInt(1, 1));
       EXPECT_FALSE(writer.StartContainer(2));
       EXPECT_FALSE(writer.WriteData("x", 1));
       EXPECT_FALSE(writer.EndChunk(2));
-      EXPECT_EQ(stream.WriteCalls(), calls);
+      EXPECT_EQ(counts.Calls(), calls);
     }
-    const Bytes& b = stream.Data();
-    EXPECT_LE(static_cast<long long>(b.size()), limit);
+    const Bytes& b = target.Bytes();
     if (b.size() > kSDFFileHeaderSize) {
       EXPECT_NE(std::memcmp(b.data() + b.size() - 4, "lsdf", 4), 0);
     }
