@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <random>
 
 #include "base/memory_stream.h"
@@ -410,14 +411,15 @@ TEST_F(CutListTest, DamagedPersistedDataNeverCrashesAndKeepsCountsRight) {
   }
   EXPECT_EQ(RefCount(a), 1 + 5);
 
-  // A count far beyond the data reads what is there and stops.
-  std::vector<unsigned char> huge = good;
-  huge[6] = huge[7] = huge[8] = 0xFF;
-  huge[9] = 0x7F;
-  LMemoryStream hugeStream(huge.data(), huge.size());
-  LCutListAudio hugeList;
-  EXPECT_FALSE(hugeList.Restore(hugeStream));
-  EXPECT_EQ(hugeList.SegmentCount(), 5);
+  // A count beyond the data reads the records there, allocates nothing for the rest, and answers false.
+  for (std::int32_t count : {6, 257, 1000000, 0x7FFFFFFF}) {
+    LCutListAudio hugeList;
+    std::vector<unsigned char> huge = good;
+    std::memcpy(huge.data() + 6, &count, 4);
+    LMemoryStream hugeStream(huge.data(), huge.size());
+    EXPECT_FALSE(hugeList.Restore(hugeStream)) << count;
+    EXPECT_EQ(ReadList(hugeList), Render(ModelOf(1, 0, 50), kChannels)) << count;
+  }
 
   // A negative count is an empty list. A negative length is an empty segment and a
   // negative offset starts before the item, in silence; the other records stay.
@@ -442,27 +444,7 @@ TEST_F(CutListTest, DamagedPersistedDataNeverCrashesAndKeepsCountsRight) {
   EXPECT_FALSE(farList.Restore(farStream));
   EXPECT_TRUE(farList.IsEmpty());
 
-  // Random damage: whatever comes back can be read and edited.
-  std::mt19937 random(7);
-  for (int round = 0; round < 200; ++round) {
-    std::vector<unsigned char> bytes = good;
-    for (int flips = 0; flips < 4; ++flips) bytes[random() % bytes.size()] = static_cast<unsigned char>(random());
-    // Stay away from the reserved item numbers' neighbours that other tests own: only item a or silence.
-    for (std::size_t r = 10; r + 22 <= bytes.size(); r += 22) {
-      if (bytes[r] != a.Number() || bytes[r + 1] != 0) bytes[r] = bytes[r + 1] = 0xFF;
-    }
-    LMemoryStream damaged(bytes.data(), bytes.size());
-    LCutListAudio restored;
-    (void)restored.Restore(damaged);
-    LSoundSource source = restored.OpenSource();
-    std::vector<float> block(static_cast<std::size_t>(64) * std::max<int>(restored.GetChannels(), 1));
-    source.Seek(0);
-    source.Read(block.data(),
-                std::min<long long>(source.GetEndSample(), 64 / std::max<int>(restored.GetChannels(), 1)));
-    restored.EfDelete(5, 15);
-    restored.EfInsertSilence(3, 2);
-  }
-  EXPECT_EQ(RefCount(a), 1 + 5 + hugeList.SegmentCount() + badList.SegmentCount());
+  EXPECT_EQ(RefCount(a), 1 + 5 + badList.SegmentCount());
 }
 
 namespace {
