@@ -1,7 +1,6 @@
 #pragma once
-// Sources and helpers for the effect tests: a source over a buffer kept in memory
-// (keeping the source contract: silence outside the data, any seek allowed), sine
-// and staircase signals, and reading a source whole or in odd blocks.
+// Sources and helpers for the effect tests: a source over a buffer kept in memory,
+// sine and staircase signals, and reading a source whole or in odd blocks.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -9,34 +8,10 @@
 #include <vector>
 
 #include "engine/sound_source.h"
-
-class TestBufferSource final : public LSoundSourceBase {
-public:
-  TestBufferSource(std::vector<float> samples, std::uint32_t rate, std::uint8_t channels,
-                   unsigned char errorCode = kLSourceOK)
-      : LSoundSourceBase(rate, channels), samples_(std::move(samples)) {
-    SetErrorCode(errorCode);
-  }
-
-  void Read(float* buffer, long long frames) override {
-    const long long ch = GetChannels();
-    for (long long i = 0; i < frames; ++i, ++position_)
-      for (long long c = 0; c < ch; ++c)
-        buffer[i * ch + c] = position_ >= 0 && position_ < GetEndSample() ? samples_[position_ * ch + c] : 0.0f;
-  }
-  long long GetPositionSample() const override { return position_; }
-  long long GetEndSample() const override {
-    return GetChannels() ? static_cast<long long>(samples_.size()) / GetChannels() : 0;
-  }
-  void Seek(long long frame) override { position_ = frame; }
-
-private:
-  std::vector<float> samples_;
-  long long position_ = 0;
-};
+#include "support/vector_source.h"
 
 inline LSoundSource MakeBufferSource(std::vector<float> samples, std::uint32_t rate, std::uint8_t channels) {
-  return LMakeSource<TestBufferSource>(std::move(samples), rate, channels);
+  return LMakeSource<VectorSource>(std::move(samples), channels, rate);
 }
 
 // Interleaved sines, one frequency for all channels, each channel a quarter turn on.

@@ -34,9 +34,9 @@ TEST(SoundProcessBase, BadInputsGiveAnErrorCodeAFormatThatCanBePlayedAndSilence)
     int channels;
   };
   Case cases[] = {
-      {"rate zero", LMakeSource<TestBufferSource>(std::vector<float>(100), 0, 1), kLSourceDamaged, 44100, 1},
-      {"no channels", LMakeSource<TestBufferSource>(std::vector<float>{}, 8000, 0), kLSourceDamaged, 8000, 1},
-      {"in error", LMakeSource<TestBufferSource>(std::vector<float>(4), 22050, 2, kLSourceCannotOpen),
+      {"rate zero", LMakeSource<VectorSource>(std::vector<float>(100), 1, 0), kLSourceDamaged, 44100, 1},
+      {"no channels", LMakeSource<VectorSource>(std::vector<float>{}, 0, 8000), kLSourceDamaged, 8000, 1},
+      {"in error", LMakeSource<VectorSource>(std::vector<float>(4), 2, 22050, kLSourceCannotOpen),
        kLSourceBadInput, 22050, 2},
       {"closed", LSoundSource::Error(kLSourceClosed), kLSourceBadInput, 11025, 1},
       {"empty handle", LSoundSource(), kLSourceOK, 0, 0},

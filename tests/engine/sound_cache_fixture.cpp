@@ -37,21 +37,6 @@ LSoundCacheItemHandle SoundCacheTest::AddItem(LSoundSource source, long long* le
   return item;
 }
 
-VectorSource::VectorSource(std::vector<float> samples, int channels, std::uint32_t rate)
-    : LSoundSourceBase(rate, static_cast<std::uint8_t>(channels)),
-      samples_(std::move(samples)),
-      end_(channels > 0 ? static_cast<long long>(samples_.size()) / channels : 0) {}
-
-void VectorSource::Read(float* buffer, long long frames) {
-  const int channels = GetChannels();
-  for (long long i = 0; i < frames; ++i, ++position_) {
-    for (int c = 0; c < channels; ++c) {
-      bool inside = position_ >= 0 && position_ < end_;
-      buffer[i * channels + c] = inside ? samples_[static_cast<std::size_t>(position_ * channels + c)] : 0.0f;
-    }
-  }
-}
-
 float StaircaseValue(long long frame, int channel) { return static_cast<float>(frame) + 0.25f * channel; }
 
 std::vector<float> Staircase(long long frames, int channels) {

@@ -11,6 +11,7 @@
 #include "engine/sound_cache_item_handle.h"
 #include "engine/sound_source.h"
 #include "support/temp_folder.h"
+#include "support/vector_source.h"
 
 class SoundCacheTest : public ::testing::Test {
 protected:
@@ -26,21 +27,6 @@ protected:
   TempFolder temp_;
   std::string cacheFolder_;
   int descriptors_ = 0;
-};
-
-// Serves the interleaved samples it holds, silence outside them.
-class VectorSource final : public LSoundSourceBase {
-public:
-  VectorSource(std::vector<float> samples, int channels, std::uint32_t rate = 44100);
-  void Read(float* buffer, long long frames) override;
-  long long GetPositionSample() const override { return position_; }
-  long long GetEndSample() const override { return end_; }
-  void Seek(long long frame) override { position_ = frame; }
-
-private:
-  std::vector<float> samples_;
-  long long end_;
-  long long position_ = 0;
 };
 
 // A staircase: sample (frame f, channel c) = f + c / 4, exact in float below 2^22.

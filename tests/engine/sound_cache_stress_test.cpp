@@ -33,25 +33,11 @@ struct Frame {
 };
 using Model = std::vector<Frame>;
 
-class TaggedSource final : public LSoundSourceBase {
-public:
-  TaggedSource(long long frames, float tag) : LSoundSourceBase(8000, kChannels), frames_(frames), tag_(tag) {}
-  void Read(float* buffer, long long frames) override {
-    for (long long i = 0; i < frames; ++i, ++position_) {
-      const bool inside = position_ >= 0 && position_ < frames_;
-      buffer[i * kChannels] = inside ? static_cast<float>(position_) : 0.0f;
-      buffer[i * kChannels + 1] = inside ? tag_ : 0.0f;
-    }
-  }
-  long long GetPositionSample() const override { return position_; }
-  long long GetEndSample() const override { return frames_; }
-  void Seek(long long frame) override { position_ = frame; }
-
-private:
-  long long frames_;
-  float tag_;
-  long long position_ = 0;
-};
+LSoundSource TaggedSource(long long frames, float tag) {
+  std::vector<float> samples;
+  for (long long f = 0; f < frames; ++f) samples.insert(samples.end(), {static_cast<float>(f), tag});
+  return LMakeSource<VectorSource>(std::move(samples), kChannels, 8000);
+}
 
 struct LiveItem {
   LSoundCacheItemHandle handle;
@@ -93,7 +79,7 @@ int Work(const std::string& folder, int index) {
     LProcessInterfaceQuiet process;
     LiveItem item{{}, frames, tag};
     long long length = 0;
-    if (LSoundCacheItemAdd(process, LMakeSource<TaggedSource>(frames, tag), item.handle, length) != kLProcessSuccess ||
+    if (LSoundCacheItemAdd(process, TaggedSource(frames, tag), item.handle, length) != kLProcessSuccess ||
         length != frames) {
       std::fprintf(stderr, "process %d: adding an item failed: %s\n", index, process.Error().c_str());
       return 1;

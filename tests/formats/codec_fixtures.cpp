@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "engine/sample_format.h"
+#include "support/vector_source.h"
 #include "wave_fixtures.h"
 
 std::string ShellQuote(const std::string& path) {
@@ -99,32 +100,6 @@ std::vector<float> SineFrames(long long frames, int channels, int rate, double h
   return out;
 }
 
-namespace {
-
-class MemoryFrames final : public LSoundSourceBase {
-public:
-  MemoryFrames(std::vector<float> frames, int channels, unsigned rate)
-      : LSoundSourceBase(rate, static_cast<std::uint8_t>(channels)), frames_(std::move(frames)) {}
-  void Read(float* out, long long n) override {
-    const int ch = GetChannels();
-    const long long end = GetEndSample();
-    for (long long i = 0; i < n; ++i, ++pos_) {
-      for (int c = 0; c < ch; ++c) {
-        out[i * ch + c] = pos_ >= 0 && pos_ < end ? frames_[static_cast<size_t>(pos_ * ch + c)] : 0.0f;
-      }
-    }
-  }
-  long long GetPositionSample() const override { return pos_; }
-  long long GetEndSample() const override { return static_cast<long long>(frames_.size()) / GetChannels(); }
-  void Seek(long long frame) override { pos_ = frame; }
-
-private:
-  std::vector<float> frames_;
-  long long pos_ = 0;
-};
-
-}  // namespace
-
 LSoundSource MemorySource(std::vector<float> frames, int channels, unsigned rate) {
-  return LMakeSource<MemoryFrames>(std::move(frames), channels, rate);
+  return LMakeSource<VectorSource>(std::move(frames), channels, rate);
 }

@@ -7,7 +7,6 @@
 
 #include "base/memory_stream.h"
 #include "formats/wav_tag_iterator.h"
-#include "formats/wav_tag_keys.h"
 #include "support/temp_folder.h"
 #include "tag_test_files.h"
 
@@ -44,35 +43,6 @@ std::string InfoEntries(const ListedChunk& list) {
 }
 
 }  // namespace
-
-TEST(WavTagWriter, KeysMapToTheirInfoIdsAndOtherKeysToFourSpaces) {
-  LMemoryStream stream;
-  LFileTagDataAudio tags;
-  LWavTagWriter writer(stream, tags);
-  EXPECT_EQ(writer.MappedChunkIdGet("TITLE"), LRiffId("INAM"));
-  EXPECT_EQ(writer.MappedChunkIdGet("ENCODEDBY"), LRiffId("ISRC"));
-  EXPECT_EQ(writer.MappedChunkIdGet("ALBUMARTIST"), LRiffId("ISTR"));
-  EXPECT_EQ(writer.MappedChunkIdGet("CATEGORY"), LRiffId("ISBJ"));
-  EXPECT_EQ(writer.MappedChunkIdGet("BWFVERSION"), LRiffId("bext"));
-  EXPECT_EQ(writer.MappedChunkIdGet("ORIGINATOR"), LRiffId("    "));
-  EXPECT_EQ(writer.MappedChunkIdGet("title"), LRiffId("    "));
-}
-
-TEST(WavTagWriter, ValidFieldsAreTheKeysOfInfoBextAndCart) {
-  int valid = 0;
-  for (const LWavInfoKey& k : kLWavInfoKeys) valid += LWavTagWriter::TagFieldIsValid(k.key);
-  for (const char* key : {"ORIGINATOR", "REFERENCE", "TIME", "TIMEREFLOW", "TIMEREFHIGH", "UMID", "CODINGHISTORY",
-                          "CARTVERSION", "CUTID", "CLIENTID", "CLASSIFICATION", "OUTCUE", "ENDDATE", "ENDTIME",
-                          "PRODUCERAPPVERSION", "USERDEF", "LEVELREFERENCE", "URL", "TAGTEXT", "POSTTIMER1USAGE",
-                          "POSTTIMER8VALUE"}) {
-    EXPECT_TRUE(LWavTagWriter::TagFieldIsValid(key)) << key;
-  }
-  EXPECT_EQ(valid, 13);
-  for (const char* key : {"COMPOSER", "marker_count", "marker_0_pos", "POSTTIMER9USAGE", "", "title"}) {
-    EXPECT_FALSE(LWavTagWriter::TagFieldIsValid(key)) << key;
-  }
-  EXPECT_FALSE(LWavTagWriter::TagFieldIsValid(nullptr));
-}
 
 TEST(WavTagWriter, TitleAndArtistGiveAnInfoListAndADisplayTitleButNoCartAndNoBext) {
   TempFolder temp;

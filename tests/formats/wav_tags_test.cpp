@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <random>
 #include <string>
 
 #include "base/memory_stream.h"
@@ -142,7 +141,7 @@ TEST(WavTags, WritingAndReadingByPathMatchesTheStreamsAndMillisecondsWithoutThei
   EXPECT_TRUE(LWavTagsResultMessage(LWavTagsResult::Ok, "x.wav").empty());
 }
 
-TEST(WavTags, EveryTruncationAndRandomDamageOfATaggedFileIsReadWithoutFault) {
+TEST(WavTags, EveryTruncationOfATaggedFileIsReadWithoutFault) {
   TempFolder temp;
   LFileTagDataAudio tags = EveryKey();
   tags.MarkerAddSample(5);
@@ -154,29 +153,6 @@ TEST(WavTags, EveryTruncationAndRandomDamageOfATaggedFileIsReadWithoutFault) {
     LFileTagDataAudio read;
     const LWavTagsResult result = LWavTagsRead(stream, &read);
     EXPECT_EQ(result, n >= 12 ? LWavTagsResult::Ok : LWavTagsResult::NotWave) << n;
-  }
-  std::mt19937 random(1234);
-  const std::size_t tagsStart = 12 + 24 + 8 + 100;
-  for (int round = 0; round < 2000; ++round) {
-    Bytes damaged = whole;
-    for (int k = 0; k < 4; ++k) {
-      damaged[tagsStart + random() % (damaged.size() - tagsStart)] = static_cast<unsigned char>(random());
-    }
-    LMemoryStream stream(damaged.data(), damaged.size());
-    LFileTagDataAudio read;
-    EXPECT_EQ(LWavTagsRead(stream, &read), LWavTagsResult::Ok);
-    // Writing into the damaged file again either works or is refused, and what it reads back is what it wrote.
-    if (round % 20 == 0) {
-      LMemoryStream rewrite{Bytes(damaged)};
-      LWavTagsWriteOptions options;
-      options.tempFolder = temp.Path();
-      const LWavTagsResult result = LWavTagsWrite(rewrite, read, options);
-      EXPECT_TRUE(result == LWavTagsResult::Ok || result == LWavTagsResult::Damaged) << round;
-      LFileTagDataAudio back;
-      if (result == LWavTagsResult::Ok && LWavTagsRead(rewrite, &back) == LWavTagsResult::Ok) {
-        EXPECT_EQ(back.Get("TITLE") != nullptr, read.Get("TITLE") != nullptr) << round;
-      }
-    }
   }
 }
 
