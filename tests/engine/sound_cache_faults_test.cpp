@@ -37,26 +37,6 @@ LSoundCacheAudioInfo FullDescription() {
   return info;
 }
 
-// Runs write once without faults, then once for every plan; each faulty run must answer false.
-template <class Write>
-void ExpectEveryFaultReported(Write&& write) {
-  FaultCounts clean;
-  {
-    LMemoryStream target;
-    FaultyStream stream(target, clean);
-    ASSERT_TRUE(write(stream));
-  }
-  ASSERT_FALSE(clean.faulted);
-  for (const FaultPlan& plan : EveryFaultPlan(clean)) {
-    LMemoryStream target;
-    FaultCounts counts;
-    FaultyStream stream(target, counts, plan);
-    const bool written = write(stream);
-    ASSERT_TRUE(counts.faulted) << Describe(plan);
-    EXPECT_FALSE(written) << Describe(plan) << " went unnoticed";
-  }
-}
-
 }  // namespace
 
 TEST(SoundCacheFaults, EveryFailedWriteOfADescriptionIsReported) {

@@ -10,7 +10,10 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "base/byte_stream.h"
+#include "base/memory_stream.h"
 
 struct FaultCounts {
   long long writes = 0;
@@ -60,3 +63,24 @@ class FaultyStream final : public LByteStream {
 
 // Names a plan in a test's failure message.
 [[nodiscard]] std::string Describe(const FaultPlan& plan);
+
+// Runs write(stream) into memory once without faults, then once for every plan
+// that fails one of its calls: each faulty run must answer false.
+template <class Write>
+void ExpectEveryFaultReported(Write&& write) {
+  FaultCounts clean;
+  {
+    LMemoryStream target;
+    FaultyStream stream(target, clean);
+    ASSERT_TRUE(write(stream));
+  }
+  ASSERT_FALSE(clean.faulted);
+  for (const FaultPlan& plan : EveryFaultPlan(clean)) {
+    LMemoryStream target;
+    FaultCounts counts;
+    FaultyStream stream(target, counts, plan);
+    const bool written = write(stream);
+    ASSERT_TRUE(counts.faulted) << Describe(plan);
+    EXPECT_FALSE(written) << Describe(plan) << " went unnoticed";
+  }
+}
