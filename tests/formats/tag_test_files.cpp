@@ -4,19 +4,10 @@
 
 #include <cstring>
 
-#include "wave_fixtures.h"
 
 namespace tagtest {
 
-// The byte helpers are the WAVE fixtures' own; this namespace names them for the tag tests.
-void PutLE16(Bytes& b, std::uint16_t v) { ::PutLE16(b, v); }
-void PutLE32(Bytes& b, std::uint32_t v) { ::PutLE32(b, v); }
-std::uint16_t LE16(const Bytes& b, std::size_t at) { return GetLE16(b, at); }
-std::uint32_t LE32(const Bytes& b, std::size_t at) { return GetLE32(b, at); }
 void PutText(Bytes& b, const std::string& text) { b.insert(b.end(), text.begin(), text.end()); }
-Bytes Chunk(const char* id, const Bytes& body, long long sizeField, bool pad) {
-  return ::Chunk(id, body, sizeField, pad);
-}
 
 Bytes InfoList(const std::vector<std::pair<std::string, std::string>>& entries) {
   Bytes body;
@@ -32,7 +23,6 @@ Bytes InfoList(const std::vector<std::pair<std::string, std::string>>& entries) 
 
 Bytes Fmt16(std::uint16_t channels, std::uint32_t rate) { return Chunk("fmt ", FmtBody(1, channels, rate, 16)); }
 Bytes Staircase(int frames, int channels) { return Chunk("data", Staircase16(frames, channels)); }
-Bytes RiffWave(const std::vector<Bytes>& chunks) { return ::RiffWave(chunks); }
 
 Bytes PlainWave(int frames, int channels, std::uint32_t rate, const std::vector<Bytes>& after) {
   std::vector<Bytes> chunks{Fmt16(static_cast<std::uint16_t>(channels), rate), Staircase(frames, channels)};
@@ -74,8 +64,6 @@ std::string FieldText(const Bytes& body, std::size_t offset, std::size_t width) 
   return text.substr(0, text.find('\0'));
 }
 
-Bytes FileBytes(const std::string& path) { return ::FileBytes(path); }
-void WriteFileBytes(const std::string& path, const Bytes& bytes) { ::WriteFileBytes(path, bytes); }
 
 std::vector<std::string> FolderNames(const std::string& path) {
   std::vector<std::string> names;
@@ -88,7 +76,5 @@ std::vector<std::string> FolderNames(const std::string& path) {
   return names;
 }
 
-bool HaveTool(const char* name) { return ::HaveTool(name); }
-bool RunTool(const std::string& command, std::string* output) { return ::RunTool(command, output); }
 
 }  // namespace tagtest
