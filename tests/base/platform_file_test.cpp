@@ -93,6 +93,15 @@ TEST(ByteStream, MemoryAndFileStreamsAgreeOnShortReadsGapsAndTruncation) {
     EXPECT_EQ(s->Size(), 2);
     EXPECT_FALSE(s->Seek(-1));
   }
+  // Offsets beyond 4 GB reach the file itself, which stays sparse.
+  const long long far = (5LL << 30) + 3;
+  ASSERT_TRUE(file.Seek(far));
+  ASSERT_TRUE(file.WriteAll("far", 3));
+  EXPECT_EQ(file.Size(), far + 3);
+  ASSERT_TRUE(file.Seek(far - 1));
+  char back[5] = {};
+  EXPECT_EQ(file.Read(back, 5), 4);
+  EXPECT_EQ(std::string(back, 4), std::string("\0far", 4));
   const char fixed[] = "ro";
   LMemoryStream view(fixed, 2);
   EXPECT_EQ(view.Write("x", 1), -1);

@@ -5,8 +5,6 @@
 #include <cmath>
 #include <cstring>
 
-#include "base/disk_space.h"
-#include "base/platform_file.h"
 #include "formats/pcm_file_source.h"
 #include "formats/wave_file.h"
 #include "support/temp_folder.h"
@@ -270,42 +268,4 @@ TEST(PCMFileSink, SeekingBackToAChunkStartDropsItsHeaderAndWritingPutsItBack) {
   source.Seek(kFirstChunkFrames - 1);
   std::vector<float> got = ReadFrames(source, 3);
   EXPECT_EQ(got, (std::vector<float>{Marks(kFirstChunkFrames - 1, 3)}));
-}
-
-// Writes a real file above 4 GB in blocks and reads it back at sampled positions.
-TEST(PCMFileSink, A16BitStereoFileAbove4GBIsWrittenAsTwoChunksAndReadsBackAsOneStream) {
-  TempFolder folder;
-  constexpr long long kNeed = 12LL << 30;
-  const long long free = LDiskFreeBytes(folder.Path().c_str());
-  if (free < kNeed) GTEST_SKIP() << "needs 12 GB free in the temporary folder, has " << free;
-  const std::string path = folder.File("big.wav");
-  const long long frames = kFirstChunkFrames + 1000000;
-  {
-    LSoundSink sink = LWaveFile::OpenSinkPCM(path.c_str(), 44100, 2, 16, 0, false);
-    constexpr long long kBlock = 1 << 16;
-    std::vector<float> block(kBlock * 2);
-    for (long long done = 0; done < frames; done += kBlock) {
-      const long long n = std::min(kBlock, frames - done);
-      for (long long i = 0; i < n; ++i) FrameMark(done + i, block.data() + 2 * i);
-      sink.Write(block.data(), n);
-    }
-    ASSERT_FALSE(sink.HasError());
-  }
-  LFileDetails details;
-  ASSERT_TRUE(LFileDetailsGet(path.c_str(), &details));
-  EXPECT_EQ(static_cast<long long>(details.size), 44 + frames * 4 + 8);
-
-  LSoundSource source = LWaveFile::OpenSource(path.c_str());
-  ASSERT_EQ(source.GetErrorCode(), kLSourceOK);
-  EXPECT_EQ(source.GetEndSample(), frames);
-  auto* pcm = dynamic_cast<LSRCPCMFileBase*>(source.Get());
-  ASSERT_NE(pcm, nullptr);
-  ASSERT_EQ(pcm->Extents().size(), 2u);
-  EXPECT_EQ(pcm->Extents()[0].end - pcm->Extents()[0].begin, 0xFFFFFFD8LL);
-  EXPECT_EQ(pcm->Extents()[1].begin, 44 + 0xFFFFFFD8LL + 8);
-  EXPECT_EQ(pcm->Extents()[1].end - pcm->Extents()[1].begin, 4000000);
-  for (long long at : {0LL, 12345LL, kFirstChunkFrames - 3, kFirstChunkFrames + 1, frames - 4}) {
-    source.Seek(at);
-    EXPECT_EQ(ReadFrames(source, 4), Marks(at, 4)) << at;
-  }
 }
