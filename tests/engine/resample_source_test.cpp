@@ -63,28 +63,17 @@ TEST(ResampleSource, EndIsTheRoundedScaledLengthReadsPastItAreSilentAndTheSameRa
   EXPECT_EQ(failed.GetEndSample(), 0);
 }
 
-TEST(ResampleSource, SineThereAndBackKeepsTheErrorBelowMinus100Decibels) {
-  const long long frames = 48000;
-  LSoundSource there = LSRCResample::Convert(LMakeSource<SineSource>(48000, 1, 1000.0, frames), 44100);
-  LSoundSource back = LSRCResample::Convert(there, 48000);
-  ASSERT_EQ(back.GetEndSample(), frames);
-  std::vector<float> out = ReadAll(back, 4096);
-  SineSource ref(48000, 1, 1000.0, frames);
-  double worst = 0.0;
-  for (long long f = 2000; f < frames - 2000; ++f) worst = std::max(worst, std::fabs(out[f] - ref.Value(f, 0)));
-  EXPECT_LT(20.0 * std::log10(worst / 0.5), -100.0) << worst;
-}
-
-TEST(ResampleSource, OutputIsAlignedWithTheInputInTime) {
-  // Each output frame k must hold the input's value at time k / 44100.
-  LSoundSource s = LSRCResample::Convert(LMakeSource<SineSource>(48000, 2, 1000.0, 24000), 44100);
-  std::vector<float> out = ReadAll(s, 8192);
-  SineSource at44(44100, 2, 1000.0, 22050);
-  double worst = 0.0;
-  for (long long f = 1000; f < 21000; ++f) {
-    for (int c = 0; c < 2; ++c) worst = std::max(worst, std::fabs(out[f * 2 + c] - at44.Value(f, c)));
+TEST(ResampleSource, EitherWayEachOutputFrameHoldsTheInputsValueAtItsOwnTime) {
+  for (const auto& [from, to] : {std::pair{48000u, 44100u}, {44100u, 48000u}}) {
+    LSoundSource s = LSRCResample::Convert(LMakeSource<SineSource>(from, 2, 1000.0, from / 2), to);
+    std::vector<float> out = ReadAll(s, 8192);
+    SineSource at(to, 2, 1000.0, to / 2);
+    double worst = 0.0;
+    for (long long f = 1000; f < to / 2 - 1000; ++f) {
+      for (int c = 0; c < 2; ++c) worst = std::max(worst, std::fabs(out[f * 2 + c] - at.Value(f, c)));
+    }
+    EXPECT_LT(worst, 1e-5) << from << " to " << to;
   }
-  EXPECT_LT(worst, 1e-5);
 }
 
 TEST(ResampleSource, OddBlocksSeeksAndNegativePositionsGiveTheSameFrames) {
