@@ -1,7 +1,7 @@
 // Plays a known signal through a PulseAudio server of the test's own (a null
 // sink, no sound card) and records the sink's monitor: what comes back must be
 // the same tones at the same levels. Skipped, with the reason, where no server
-// can be started.
+// can be started. A second test follows devices coming and going on that server.
 #include <gtest/gtest.h>
 
 #include <signal.h>
@@ -9,10 +9,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <thread>
 
+#include "audio/audio_player.h"
 #include "run_command.h"
 #include "support/temp_folder.h"
 #include "wave_bytes.h"
@@ -132,4 +134,44 @@ TEST(AudioLoop, WhatIsPlayedIntoANullSinkComesBackFromItsMonitor) {
   EXPECT_NEAR(ToneAmplitude(right, 700) / std::sqrt(2.0), Rms(right), 0.01);
   EXPECT_LT(ToneAmplitude(left, 700), 0.005);
   EXPECT_LT(ToneAmplitude(right, 1000), 0.005);
+}
+
+TEST(AudioLoop, DevicesComingAndGoingAreSeenAndALostDeviceEndsPlayback) {
+  if (!ToolAvailable("pulseaudio") || !ToolAvailable("pactl")) GTEST_SKIP() << "pulseaudio or pactl is not installed";
+  TempFolder temp;
+  PulseServer server(temp);
+  if (std::string why = server.Ready(); !why.empty()) GTEST_SKIP() << why;
+  ::setenv("PULSE_SERVER", ("unix:" + temp.File("run") + "/native").c_str(), 1);
+  {
+    auto backend = LAudioBackendCreate("pulse");
+    ASSERT_NE(backend, nullptr);
+    std::atomic<int> added{0}, removed{0};
+    ASSERT_TRUE(backend->Watch([&](const LAudioDeviceEvent& e) {
+      if (e.direction != LAudioDirection::kOutput) return;
+      if (e.kind == LAudioDeviceEvent::kAdded) ++added;
+      if (e.kind == LAudioDeviceEvent::kRemoved) ++removed;
+    }));
+    std::string module;
+    ASSERT_EQ(RunTool(server.Env() + " pactl load-module module-null-sink sink_name=svextra", &module), 0) << module;
+    std::vector<LAudioDeviceInfo> devices;
+    ASSERT_EQ(backend->Enumerate(&devices), LAudioStatus::kOK);
+    ASSERT_NE(LAudioDeviceFind(devices, LAudioDirection::kOutput, "svextra"), nullptr) << "a new device is listed at once";
+
+    LAudioPlayer player(*backend);
+    LAudioStreamSpec spec;
+    spec.device = "svextra";
+    ASSERT_EQ(player.Open(spec), LAudioStatus::kOK);
+    auto input = player.Play(LMakeSource<LSoundSourceError>());
+    ASSERT_EQ(RunTool(server.Env() + " pactl unload-module " + module.substr(0, module.find('\n'))), 0);
+    for (int i = 0; i < 400 && (player.Status() == LAudioStatus::kOK || removed == 0); ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(25));
+    EXPECT_GE(added.load(), 1);
+    EXPECT_GE(removed.load(), 1);
+    EXPECT_EQ(player.Status(), LAudioStatus::kDeviceLost);
+    EXPECT_NE(player.Message().find("\"svextra\" ist nicht mehr verfügbar"), std::string::npos) << player.Message();
+    ASSERT_EQ(backend->Enumerate(&devices), LAudioStatus::kOK);
+    EXPECT_EQ(LAudioDeviceFind(devices, LAudioDirection::kOutput, "svextra"), nullptr);
+    (void)backend->Watch(nullptr);
+  }
+  ::unsetenv("PULSE_SERVER");
 }
