@@ -16,6 +16,9 @@ std::unique_ptr<LAudioBackend> LAudioAlsaBackendCreate() { return nullptr; }
 
 namespace {
 
+// libasound prints its own complaints to standard error; ours are results with a German message.
+void QuietAlsa(const char*, int, const char*, int, const char*, ...) {}
+
 class AlsaStream final : public LAudioStream {
 public:
   AlsaStream(snd_pcm_t* pcm, LAudioDirection direction, const LAudioStreamSpec& spec, LAudioCallback* callback,
@@ -141,6 +144,9 @@ public:
 
 }  // namespace
 
-std::unique_ptr<LAudioBackend> LAudioAlsaBackendCreate() { return std::make_unique<AlsaBackend>(); }
+std::unique_ptr<LAudioBackend> LAudioAlsaBackendCreate() {
+  snd_lib_error_set_handler(QuietAlsa);
+  return std::make_unique<AlsaBackend>();
+}
 
 #endif
