@@ -36,6 +36,7 @@ LAudioStatus LAudioRecorder::Start(const LAudioStreamSpec& spec, LCutListAudio* 
   if (status != LAudioStatus::kOK) return status;
   target_ = target;
   sink_ = target_->OpenSink(static_cast<int>(spec.sampleRate), static_cast<unsigned char>(spec.channels), nullptr);
+  (void)marker_.Create(static_cast<LCutListAudioSink*>(sink_.Get())->Item(), spec.sampleRate, spec.channels);
   written_.store(0);
   dropped_.store(0);
   nextSpaceCheck_ = 0;
@@ -118,6 +119,7 @@ void LAudioRecorder::Run() {
     std::lock_guard<std::mutex> lock(targetMutex_);
     sink_.Close();
   }
+  marker_.Remove();
   if (!why.empty()) {
     std::lock_guard<std::mutex> lock(messageMutex_);
     message_ = why;

@@ -7,7 +7,8 @@
 //
 // Recording ends when Stop is called, when the frame limit is reached, when the
 // device goes away or when the disk fills; in every case what came so far is
-// kept, and the target ends up holding it as its single segment.
+// kept, and the target ends up holding it as its single segment. A program
+// killed while recording leaves the item to be found again (recording_recovery.h).
 //
 // Threads: one control thread calls everything here. The target cut list
 // belongs to the recorder between Start and Stop; read it through Snapshot.
@@ -21,6 +22,7 @@
 #include "audio/audio_device.h"
 #include "audio/audio_levels.h"
 #include "audio/audio_ring.h"
+#include "audio/recording_recovery.h"
 #include "engine/cut_list_audio.h"
 #include "engine/sound_sink.h"
 
@@ -67,6 +69,7 @@ private:
   LAudioLevels levels_;
   LCutListAudio* target_ = nullptr;
   LSoundSink sink_;
+  LAudioRecordingMarker marker_;
   long long limit_ = 0;
   int channels_ = 1;
   std::uint32_t rate_ = 0;
