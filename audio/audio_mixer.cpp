@@ -86,6 +86,27 @@ void LAudioMixerInput::Stop() {
   RequestPost(r);
 }
 
+bool LAudioMixerInput::SourceSet(LSoundSource source) {
+  const std::uint32_t rate = source.GetSampleRate() == 0 ? deviceRate_ : source.GetSampleRate();
+  if (rate != sourceRate_) return false;
+  const long long at = Position();
+  Request r;
+  {
+    std::lock_guard<std::mutex> lock(requestMutex_);
+    r = request_;
+  }
+  end_ = source.GetEndSample();
+  LSoundSource converted =
+      LSRCChannelMap::Convert(LSRCResample::Convert(std::move(source), deviceRate_), mixer_ ? mixer_->Channels() : 1);
+  {
+    std::lock_guard<std::mutex> lock(requestMutex_);
+    pending_ = std::move(converted);
+  }
+  r.at = std::clamp(at, r.from, std::max(r.from, r.to - 1));
+  RequestPost(r);
+  return true;
+}
+
 void LAudioMixerInput::Pause() { paused_.store(true, std::memory_order_relaxed); }
 void LAudioMixerInput::Resume() { paused_.store(false, std::memory_order_relaxed); }
 
@@ -136,6 +157,11 @@ bool LAudioMixerInput::Fill() {
     std::lock_guard<std::mutex> lock(requestMutex_);
     serving_ = request_;
     readerGeneration_ = generation_.load(std::memory_order_relaxed);
+    // The handle moves over whole: the reader alone holds the new chain from here.
+    if (!pending_.IsEmpty()) {
+      LSoundSource taken(std::move(pending_));
+      source_ = std::move(taken);
+    }
     readAt_ = SourceToDevice(serving_.at);
     if (!serving_.stop) source_.Seek(readAt_);
     readerDone_ = false;

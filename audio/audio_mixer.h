@@ -39,6 +39,10 @@ public:
   // Goes on playing from frame (inside the range when one plays).
   void Seek(long long frame);
   void Stop();
+  // Goes on from the frame heard now with another source of the same rate, as
+  // an effect preview does when its settings change (the dialog opens a new
+  // processing source over the same input). False when the rate differs.
+  [[nodiscard]] bool SourceSet(LSoundSource source);
   void Pause();
   void Resume();
   void GainSet(float gain) { gain_.store(gain, std::memory_order_relaxed); }
@@ -92,6 +96,7 @@ private:
 
   std::mutex requestMutex_;
   Request request_;
+  LSoundSource pending_;  // a replacement source, converted already; empty when none
   std::atomic<std::uint32_t> generation_{0};
   // Reader's state of the request it serves.
   std::uint32_t readerGeneration_ = 0;

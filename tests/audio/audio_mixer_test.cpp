@@ -195,3 +195,22 @@ TEST_F(AudioTest, PlayerPlaysToTheEndOnARealTimeClockAndReportsALostDevice) {
   EXPECT_EQ(player.Status(), LAudioStatus::kDeviceLost);
   EXPECT_NE(player.Message().find("nicht mehr verfügbar"), std::string::npos) << player.Message();
 }
+
+TEST_F(AudioTest, APreviewGoesOnWithTheNewSourceFromTheFrameHeard) {
+  Paced paced(0, 2048);
+  auto input = paced.mixer.Add(MakeRamp(48000, kChannels, kRate));
+  input->Play(0);
+  paced.Play(1024);
+  // What an effect dialog does when a setting changes: a new processing source over the same input.
+  LSRCChannelMap::Map doubled(kChannels);
+  for (int c = 0; c < kChannels; ++c) doubled[c].push_back({c, 2.0f});
+  EXPECT_FALSE(input->SourceSet(MakeRamp(48000, kChannels, 44100))) << "another rate is refused";
+  ASSERT_TRUE(input->SourceSet(LSRCChannelMap::Make(MakeRamp(48000, kChannels, kRate), doubled)));
+  paced.Play(1024);
+  const std::vector<float>& out = paced.Null().Played();
+  ASSERT_EQ(out.size(), 2048u * kChannels);
+  for (long long f = 0; f < 1024; ++f) {
+    ASSERT_EQ(out[f * kChannels], RampValue(f, 0)) << "frame " << f;
+    ASSERT_EQ(out[(1024 + f) * kChannels + 1], 2.0f * RampValue(1024 + f, 1)) << "frame " << 1024 + f;
+  }
+}
