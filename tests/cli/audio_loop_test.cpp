@@ -45,7 +45,9 @@ public:
   explicit PulseServer(const TempFolder& temp) : run_(temp.File("run")), log_(temp.File("pulse.log")) {
     ::mkdir(run_.c_str(), 0700);
     ::mkdir(temp.File("home").c_str(), 0700);
-    env_ = {"XDG_RUNTIME_DIR=" + run_, "PULSE_RUNTIME_PATH=" + run_, "HOME=" + temp.File("home"),
+    // PULSE_SERVER too, so that a server named by the caller's environment is never used.
+    env_ = {"XDG_RUNTIME_DIR=" + run_, "PULSE_RUNTIME_PATH=" + run_, "PULSE_SERVER=unix:" + run_ + "/native",
+            "HOME=" + temp.File("home"),
             "SONVALE_AUDIO_BACKEND=pulse", "SONVALE_CACHE_DIR=" + temp.File("cache")};
     pid_ = ::fork();
     if (pid_ == 0) {
