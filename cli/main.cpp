@@ -8,9 +8,12 @@
 #include "cli/cache_command.h"
 #include "cli/command_args.h"
 #include "cli/convert_command.h"
+#include "cli/devices_command.h"
 #include "cli/edit_command.h"
 #include "cli/editor_session.h"
 #include "cli/info_command.h"
+#include "cli/play_command.h"
+#include "cli/record_command.h"
 #include "cli/terminal_progress.h"
 
 namespace {
@@ -29,6 +32,11 @@ void PrintUsage(FILE* out) {
       "  batch [-j N] (--chain KETTE.ecf | -e BEFEHLE...) [--to FORMAT] --out ORDNER\n"
       "        [--shard K/N] DATEI...              viele Dateien gleich bearbeiten\n"
       "  cache [--clean]                           Zwischenspeicher zeigen und aufräumen\n"
+      "  devices [--json]                          Audiogeräte zur Wiedergabe und Aufnahme\n"
+      "  play DATEI [--from ZEIT] [--to ZEIT] [--device NAME]\n"
+      "                                            abspielen; Strg-C hält an\n"
+      "  record AUS [--seconds S] [--rate R] [--channels K] [--device NAME]\n"
+      "                                            aufnehmen; Strg-C beendet und speichert\n"
       "\n"
       "Formate: wav rf64 aiff mp3 flac ogg opus raw, WAVE-Formate pcm8 pcm16 pcm24 pcm32 float alaw ulaw ima gsm\n"
       "Rohdaten-Codes: 0 VOX, 1 µ-law, 2 A-law, 3 16 Bit, 4 8 Bit ohne Vorzeichen,\n"
@@ -52,6 +60,9 @@ int main(int argc, char** argv) {
   if (command == "shell") return RunShellCommand(args);
   if (command == "batch") return RunBatchCommand(args);
   if (command == "cache") return RunCacheCommand(args);
+  if (command == "devices") return RunDevicesCommand(args);
+  if (command == "play") return RunPlayCommand(args);
+  if (command == "record") return RunRecordCommand(args);
   if (command == "hilfe" || command == "help" || command == "--help" || command == "-h") {
     PrintUsage(stdout);
     std::fputs("\n", stdout);

@@ -57,3 +57,18 @@ if(LIBEDIT_FOUND)
   list(APPEND SONVALE_CLI_LIBS PkgConfig::LIBEDIT)
   add_compile_definitions(SONVALE_HAVE_LIBEDIT=1)
 endif()
+
+# Sound devices; without either, only the null device plays and records. Their
+# definitions stay on the audio layer, so finding them rebuilds nothing else.
+set(SONVALE_AUDIO_LIBS "")
+set(SONVALE_AUDIO_DEFINITIONS "")
+pkg_check_modules(PULSE IMPORTED_TARGET libpulse)
+if(PULSE_FOUND)
+  list(APPEND SONVALE_AUDIO_LIBS PkgConfig::PULSE)
+  list(APPEND SONVALE_AUDIO_DEFINITIONS SONVALE_HAVE_PULSE=1)
+endif()
+pkg_check_modules(ALSA IMPORTED_TARGET alsa)
+if(ALSA_FOUND)
+  list(APPEND SONVALE_AUDIO_LIBS PkgConfig::ALSA)
+  list(APPEND SONVALE_AUDIO_DEFINITIONS SONVALE_HAVE_ALSA=1)
+endif()

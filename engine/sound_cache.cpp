@@ -222,6 +222,12 @@ bool LSoundCache::ItemDeleteIfUnused(unsigned short item) {
   {
     std::lock_guard<std::mutex> lock(mutex_);
     if (folder_.empty() || counts_[item] != 0 || pinned_[item] != 0) return false;
+  }
+  // A recording that a crash cut short is kept until it has been offered.
+  if (LFileExists(FilePath(item, kLSoundCacheExtRecording).c_str())) return false;
+  {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (counts_[item] != 0 || pinned_[item] != 0) return false;
     if (!ClaimExclusiveLocked(item, Claim::Deleting)) return false;
   }
   CacheItemDelete(item);
@@ -391,6 +397,7 @@ void LSoundCache::DeleteCachedFiles() {
       if (number >= 0 && number != kLSoundCacheItemNone) files.emplace_back(static_cast<unsigned short>(number), name);
     });
     for (const auto& [number, name] : files) {
+      if (LFileExists(FilePath(number, kLSoundCacheExtRecording).c_str())) continue;
       {
         std::lock_guard<std::mutex> lock(mutex_);
         if (counts_[number] != 0 || pinned_[number] != 0) continue;

@@ -42,6 +42,9 @@ inline constexpr const char* kLSoundCacheExtOverview = ".grf";
 inline constexpr const char* kLSoundCacheExtInfo = ".audinfo";
 inline constexpr const char* kLSoundCacheExtMP3Frames = ".orbmp3";
 inline constexpr const char* kLSoundCacheExtSpectrum = ".fft";
+// Beside an item being recorded, or recovered after a crash and not yet offered:
+// no release or clean-up deletes the item while it is there.
+inline constexpr const char* kLSoundCacheExtRecording = ".recording";
 // A description being replaced (kLSoundCacheExtInfo plus kLSoundCacheInfoTempSuffix).
 inline constexpr const char* kLSoundCacheExtInfoTemp = ".audinfo.tmp";
 

@@ -6,9 +6,10 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkgconf clang libclang-rt-dev
   libgtest-dev libgmock-dev libbenchmark-dev
-  libgsm1-dev libfftw3-dev libsoxr-dev libedit-dev
+  libgsm1-dev libfftw3-dev libsoxr-dev libedit-dev libpulse-dev libasound2-dev
   libavformat-dev libavcodec-dev libavutil-dev libswresample-dev libmp3lame-dev
   sox libsox-fmt-all ffmpeg sndfile-programs libimage-exiftool-perl espeak-ng time
+  pulseaudio pulseaudio-utils
 )
 
 missing=()

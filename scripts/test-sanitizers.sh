@@ -6,6 +6,8 @@
 #   SONVALE_ASAN_BUILD_DIR  build folder of the first half (default build-asan)
 #   SONVALE_TSAN_BUILD_DIR  build folder of the second (default build-tsan)
 #   SANITIZERS              "address" or "thread" to run one half only
+#   TSAN_WHOLE_LAYERS       test layers run whole in the second half (default "audio":
+#                           its players and recorders start threads inside the library)
 #   TSAN_SKIP_LAYERS        test layers left out of the second half (default "cli":
 #                           its tests run the built program as a child, and the
 #                           whole program under ThreadSanitizer would double the time)
@@ -18,6 +20,7 @@ asan="${SONVALE_ASAN_BUILD_DIR:-$root/build-asan}"
 tsan="${SONVALE_TSAN_BUILD_DIR:-$root/build-tsan}"
 which="${SANITIZERS:-address thread}"
 skip=" ${TSAN_SKIP_LAYERS-cli} "
+whole=" ${TSAN_WHOLE_LAYERS-audio} "
 jobs="$(nproc)"
 failed=()
 
@@ -55,8 +58,10 @@ if [[ " $which " == *" thread "* ]]; then
   # The tests that start threads or processes, found by what their files call;
   # each test program runs the suites of those files only.
   declare -A suites=()
+  for layer in $whole; do suites[$layer]="*"; done
   while IFS= read -r file; do
     layer="$(basename "$(dirname "$file")")"
+    [[ "$whole" == *" $layer "* ]] && continue
     if [[ "$skip" == *" $layer "* ]]; then
       echo "thread: leaving out $file (layer $layer)"
       continue
