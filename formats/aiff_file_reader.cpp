@@ -194,7 +194,8 @@ LSoundSource LAiffFile::OpenSource(std::unique_ptr<LByteStream> stream, LSoundFi
       if (s.aifc && want >= kLAiffCommAifcBytes) {
         s.compression = LAiffGetBE32(comm + kLAiffCommBytes);
         if (want > kLAiffCommAifcBytes) {
-          const size_t n = std::min<size_t>(comm[kLAiffCommAifcBytes], static_cast<size_t>(want - kLAiffCommAifcBytes - 1));
+          const size_t n =
+              std::min<size_t>(comm[kLAiffCommAifcBytes], static_cast<size_t>(want - kLAiffCommAifcBytes - 1));
           s.compressionName.assign(reinterpret_cast<const char*>(comm + kLAiffCommAifcBytes + 1), n);
         }
       }

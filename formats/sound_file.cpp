@@ -14,7 +14,6 @@
 #include "engine/channel_map_source.h"
 #include "engine/resample_source.h"
 #include "engine/source_to_sink.h"
-#include "formats/aiff_file.h"
 #include "formats/empty_stream.h"
 #include "formats/ffmpeg_source.h"
 #include "formats/open_error.h"
@@ -469,14 +468,17 @@ LSoundSource LSoundFile::OpenSource(const char* path, const LRawSettings& raw, L
 bool LSoundFile::Describe(const char* path, LSoundFileInfo* info) {
   if (!path || !info) return false;
   const Origin origin(path);
-  unsigned char head[kSniffBytes] = {};
+  bool own = false;
   {
     auto stream = origin.Open();
     if (!stream) return false;
+    unsigned char head[kSniffBytes] = {};
     if (stream->Read(head, sizeof head) != static_cast<long long>(sizeof head)) return !OpenAny(origin, info).IsError();
+    // Files our readers take are described by opening them, which decodes nothing.
+    for (const LSoundFileKindRow* row : LSoundFileKindRows()) {
+      own = own || (row->sniff && row->sniff(head, sizeof head, *stream));
+    }
   }
-  const bool own = (std::memcmp(head, "RIFF", 4) == 0 && std::memcmp(head + 8, "WAVE", 4) == 0) ||
-                   LAiffFile::IsAiff(head, sizeof head);
   if (!own && LFFmpegSource::IsAvailable() && LFFmpegSource::Describe(origin.Open(), path, info)) return true;
   *info = LSoundFileInfo();
   return !OpenAny(origin, info).IsError();
