@@ -5,7 +5,8 @@
 #include "formats/open_error.h"
 #include "formats/sound_file.h"
 
-LProcessResult SVCutListLoadFile(LProcessInterface& process, const char* path, LCutListAudio& out, bool keepCopy) {
+LProcessResult SVCutListLoadFile(LProcessInterface& process, const char* path, LCutListAudio& out, bool keepCopy,
+                                 LSoundFileInfo* info) {
   out = LCutListAudio();
   if (keepCopy) {
     LSoundCacheItemHandle cached = LSoundCacheItemFindForOriginalFile(path);
@@ -19,14 +20,16 @@ LProcessResult SVCutListLoadFile(LProcessInterface& process, const char* path, L
       const long long length = LSoundCacheItemLengthGet(number);
       out.SetSingleCutListSegment(LCutListSegment(std::move(cached), length, 1.0f, 0), rate, channels);
       out.SetPath(path);
+      if (info && !LSoundFile::Describe(path, info)) *info = LSoundFileInfo();
       return kLProcessSuccess;
     }
   }
 
-  LSoundFileInfo info;
-  LSoundSource source = LSoundFile::OpenSource(path, &info);
+  LSoundFileInfo scratch;
+  LSoundFileInfo& opened = info ? *info : scratch;
+  LSoundSource source = LSoundFile::OpenSource(path, &opened);
   if (source.IsError()) {
-    process.SetError(LSoundFile::OpenErrorMessage(source, path, info).c_str());
+    process.SetError(LSoundFile::OpenErrorMessage(source, path, opened).c_str());
     return kLProcessFailed;
   }
   const LProcessResult result = SVCutListLoadSource(process, std::move(source), path, out);

@@ -44,13 +44,12 @@ void MainDialog::InitialUndoEntrySave(INITIAL_ACTION action) {
 SVFileGUI* MainDialog::FileOpen(const char* path) {
   if (!path || !*path || !windows_.CheckMaxFiles()) return nullptr;
   LCutListAudio list;
+  LSoundFileInfo info;
   const LProcessResult result = frontEnd_.RunProcess(
-      kSVLoadTitle, [&](LProcessInterface& process) { return SVCutListLoadFile(process, path, list); });
+      kSVLoadTitle, [&](LProcessInterface& process) { return SVCutListLoadFile(process, path, list, true, &info); });
   if (result != kLProcessSuccess) return nullptr;
   auto file = std::make_shared<SVFile>(path, list);
   // The tags travel with the document to the files it is saved to.
-  LSoundFileInfo info;
-  (void)LSoundFile::OpenSource(path, &info);
   file->Tags() = info.tags;
   // The file's markers become the document's bookmarks.
   const LArray<std::uint64_t> markers = info.tags.MarkerSamplesGet();

@@ -1,9 +1,9 @@
 #include "app/temp_file.h"
 
-#include <cstdlib>
 #include <cstring>
 
 #include "base/file_stream.h"
+#include "base/platform_file.h"
 #include "base/user_folders.h"
 
 LStringLong SVTempFileCreate(const char* pattern, const char* suffix) {
@@ -12,6 +12,6 @@ LStringLong SVTempFileCreate(const char* pattern, const char* suffix) {
   if (path.size() >= static_cast<std::size_t>(kLPathMax)) return LStringLong();
   char buffer[kLPathMax];
   std::memcpy(buffer, path.c_str(), path.size() + 1);
-  LFileStream file(mkstemps(buffer, static_cast<int>(suffixText.size())));
+  LFileStream file(LFileCreateUnique(buffer, static_cast<int>(suffixText.size())));
   return file.IsOpen() ? LStringLong(buffer) : LStringLong();
 }

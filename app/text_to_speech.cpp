@@ -1,17 +1,12 @@
 #include "app/text_to_speech.h"
 
-#include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <mutex>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "base/array.h"
+#include "base/child_process.h"
+#include "base/environment.h"
 #include "base/platform_file.h"
-
-extern char** environ;
 
 namespace {
 
@@ -25,10 +20,10 @@ constexpr std::size_t kSoundServerNameLength = 13;  // "PULSE_SERVER="
 std::mutex gMutex;
 LStringLong gProgram;
 
-bool IsExecutable(const LStringLong& path) { return !path.empty() && ::access(path.c_str(), X_OK) == 0; }
+bool IsExecutable(const LStringLong& path) { return LProgramIsRunnable(path.c_str()); }
 
 LStringLong FindInPath(const char* name) {
-  const char* path = std::getenv("PATH");
+  const char* path = LEnvironmentGet("PATH");
   LStringLong folders = path && *path ? path : "/usr/local/bin:/usr/bin:/bin";
   for (std::size_t from = 0; from <= folders.size();) {
     std::size_t colon = folders.find(':', from);
@@ -69,19 +64,14 @@ SVSpeechResult SVTextToSpeechToWaveFile(const char* text, const char* path) {
   // sound server's client library then leaves a runtime folder in our temporary
   // folder. With no server to reach it makes none.
   LArray<char*> environment;
-  for (char** variable = environ; variable && *variable; ++variable) {
+  for (char* const* variable = LEnvironmentVariables(); variable && *variable; ++variable) {
     if (std::strncmp(*variable, kNoSoundServer, kSoundServerNameLength) != 0) environment.push_back(*variable);
   }
   environment.push_back(const_cast<char*>(kNoSoundServer));
   environment.push_back(nullptr);
-  pid_t child = -1;
-  if (posix_spawn(&child, program.c_str(), nullptr, nullptr, argv, environment.data()) != 0)
-    return SVSpeechResult::kFailed;
-  int status = 0;
-  while (::waitpid(child, &status, 0) < 0) {
-    if (errno != EINTR) return SVSpeechResult::kFailed;
-  }
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) return SVSpeechResult::kFailed;
+  const int child = LChildStartProgram(program.c_str(), argv, environment.data());
+  LChildEnd end;
+  if (child < 0 || !LChildWait(child, &end) || end.code != 0) return SVSpeechResult::kFailed;
   LFileDetails details;
   return LFileDetailsGet(path, &details) && details.size > 0 ? SVSpeechResult::kDone : SVSpeechResult::kFailed;
 }

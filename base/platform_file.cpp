@@ -97,6 +97,13 @@ bool LFileExists(const char* path) {
   return path && ::stat(path, &st) == 0;
 }
 
+bool LFolderExists(const char* path) {
+  struct stat st {};
+  return path && ::stat(path, &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+int LFileCreateUnique(char* path, int suffixLength) { return path ? ::mkstemps(path, suffixLength) : -1; }
+
 bool LFileIsAt(int fd, const char* path) {
   struct stat opened {}, named {};
   return fd >= 0 && path && ::fstat(fd, &opened) == 0 && ::stat(path, &named) == 0 &&

@@ -40,6 +40,12 @@ struct LFileDetails {
 // Follows symbolic links.
 [[nodiscard]] bool LFileDetailsGet(const char* path, LFileDetails* out);
 [[nodiscard]] bool LFileExists(const char* path);
+// True when path names a folder (links followed).
+[[nodiscard]] bool LFolderExists(const char* path);
+// Creates a new file from the template path, whose last suffixLength characters
+// come after six 'X' that are replaced by a name no file has yet (path is
+// changed to it). Answers the open descriptor, or -1.
+[[nodiscard]] int LFileCreateUnique(char* path, int suffixLength);
 
 // Clears what would keep a file from being deleted (write protection and, where
 // the file system allows, the immutable and append-only flags).

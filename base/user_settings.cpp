@@ -3,10 +3,10 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <unistd.h>
 
 #include "base/file_stream.h"
 #include "base/platform_file.h"
+#include "base/safe_save.h"
 #include "base/user_folders.h"
 
 namespace {
@@ -154,20 +154,15 @@ bool LUserSettings::Save(const char* domain, Domain& data) {
     }
   }
 
-  LStringLong path = FilePath(domain);
-  LStringLong temp = path + ".XXXXXX";
-  int fd = ::mkstemp(temp.data());
-  if (fd < 0) return false;
-  bool ok;
+  const LStringLong path = FilePath(domain);
+  // A settings file that is a link (to a folder of dotfiles, say) stays one.
+  LSafeSave save(path.c_str());
+  if (!save.IsReady()) return false;
   {
-    LFileStream file(fd);
-    ok = file.WriteAll(text.data(), static_cast<long long>(text.size())) && ::fsync(fd) == 0;
+    LFileStream file(LFileOpen(save.TempPath().c_str(), kLFileWrite | kLFileTruncate));
+    if (!file.IsOpen() || !file.WriteAll(text.data(), static_cast<long long>(text.size()))) return false;
   }
-  ok = ok && std::rename(temp.c_str(), path.c_str()) == 0;
-  if (!ok) {
-    LFileDelete(temp.c_str());
-    return false;
-  }
+  if (!save.Commit()) return false;
   LFileDetails details;
   data.stampExists = LFileDetailsGet(path.c_str(), &details);
   data.stampSize = data.stampExists ? details.size : 0;

@@ -2,8 +2,8 @@
 // LUserSettings: the user's preferences, string values in named domains, each
 // domain split into sections of keys. A domain is one small text file in the
 // per-user configuration folder ("[section]" lines, then "key=value" lines),
-// rewritten whole through a temporary file and a rename, so a crash leaves the
-// old or the new file, never half of one.
+// rewritten whole by a safe save, so a crash leaves the old or the new file,
+// never half of one, and a file that is a link stays a link.
 //
 // One object per process (Instance). Every call may come from any thread.
 // A file changed by another running instance is read again on the next call.

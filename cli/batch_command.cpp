@@ -4,10 +4,9 @@
 #include <cstdio>
 #include <map>
 #include <set>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
+#include "base/child_process.h"
+#include "base/platform_file.h"
 #include "cli/command_line.h"
 #include "cli/editor_session.h"
 #include "cli/terminal_progress.h"
@@ -114,8 +113,7 @@ int RunBatchCommand(const std::vector<std::string>& args) {
       files.push_back(a);
     }
   }
-  struct stat st {};
-  if (out.empty() || ::stat(out.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
+  if (out.empty() || !LFolderExists(out.c_str())) {
     PrintError("batch braucht mit --out einen vorhandenen Zielordner.");
     return kCommandFailed;
   }
@@ -146,16 +144,22 @@ int RunBatchCommand(const std::vector<std::string>& args) {
     return kCommandOK;
   }
 
-  std::map<pid_t, std::string> running;
+  std::map<int, std::string> running;
   std::vector<std::string> failed;
   int done = 0, cancelled = 0;
   auto reap = [&] {
-    int status = 0;
-    pid_t pid = ::wait(&status);
-    if (pid <= 0) return;
-    const std::string file = running[pid];
-    running.erase(pid);
-    const int code = WIFEXITED(status) ? WEXITSTATUS(status) : kCommandFailed;
+    LChildEnd end;
+    if (!LChildWaitAny(&end)) {
+      // No child left to wait for: those still listed can no longer report.
+      for (const auto& [id, file] : running) failed.push_back(file);
+      running.clear();
+      return;
+    }
+    const auto found = running.find(end.id);
+    if (found == running.end()) return;
+    const std::string file = found->second;
+    running.erase(found);
+    const int code = end.code >= 0 ? end.code : kCommandFailed;
     if (code == kCommandOK) {
       ++done;
     } else if (code == kCommandCancelled) {
@@ -168,9 +172,7 @@ int RunBatchCommand(const std::vector<std::string>& args) {
     const std::string& file = files[i];
     if (TerminalProgress::Interrupted()) break;
     while (running.size() >= static_cast<std::size_t>(jobs)) reap();
-    std::fflush(nullptr);
-    pid_t pid = ::fork();
-    if (pid == 0) _exit(RunOne(file, commands, targets[i], to));
+    const int pid = LChildStartCopy([&] { return RunOne(file, commands, targets[i], to); });
     if (pid < 0) {
       failed.push_back(file);
       continue;

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <new>
 
+#include "effects/sound_process_table.h"
 #include "effects/sound_process_type.h"
 
 namespace {
@@ -33,7 +34,7 @@ constexpr long long kMsPerSecond = 1000;
 LSoundSource LSPEcho::OpenSource(LSoundSource& input) { return LMakeSource<LSRCEcho>(input, gain_, time_); }
 
 char* LSPEcho::GetName(char* buffer) const {
-  LSoundProcessCopyName(buffer, "Echo");
+  LSoundProcessCopyName(buffer, LSoundProcessTypeName(kLSPTypeEcho));
   return buffer;
 }
 

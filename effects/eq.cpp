@@ -13,6 +13,7 @@
 #include <new>
 #include <numbers>
 
+#include "effects/sound_process_table.h"
 #include "effects/sound_process_type.h"
 
 namespace {
@@ -89,7 +90,7 @@ LSoundSource LSPEq::OpenSource(LSoundSource& input) {
 }
 
 char* LSPEq::GetName(char* buffer) const {
-  LSoundProcessCopyName(buffer, "Equalizer");
+  LSoundProcessCopyName(buffer, LSoundProcessTypeName(kLSPTypePointListEq));
   return buffer;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "effects/sound_process_table.h"
 #include "effects/sound_process_type.h"
 
 namespace {
@@ -36,7 +37,7 @@ bool ReadGain(LSDFReaderChunk chunk, double& gainDb) {
 LSoundSource LSPGain::OpenSource(LSoundSource& input) { return LMakeSource<LSRCGain>(input, gainDb_); }
 
 char* LSPGain::GetName(char* buffer) const {
-  LSoundProcessCopyName(buffer, "Verstärkung");
+  LSoundProcessCopyName(buffer, LSoundProcessTypeName(kLSPTypeGain));
   return buffer;
 }
 

@@ -2,19 +2,7 @@
 
 #include <cctype>
 
-#include "effects/sound_process_factory.h"
-#include "effects/sound_process_type.h"
-
-namespace {
-
-struct EffectKey {
-  const char* key;
-  int type;
-};
-// The effects this build processes itself, with their short keys.
-constexpr EffectKey kEffectKeys[] = {{"echo", kLSPTypeEcho}, {"gain", kLSPTypeGain}};
-
-}  // namespace
+#include "effects/sound_process_table.h"
 
 std::string LSoundProcessFoldName(const std::string& text) {
   std::string out;
@@ -41,21 +29,18 @@ std::string LSoundProcessFoldName(const std::string& text) {
 
 std::unique_ptr<LSoundProcess> LSoundProcessCreateByName(const std::string& name) {
   const std::string wanted = LSoundProcessFoldName(name);
-  for (const EffectKey& k : kEffectKeys) {
-    std::unique_ptr<LSoundProcess> effect = LSoundProcessCreate(k.type);
-    char label[kLPathMax] = {};
-    if (effect && (wanted == k.key || LSoundProcessFoldName(effect->GetName(label)) == wanted)) return effect;
+  for (const LSoundProcessTypeRow& row : LSoundProcessTypeRows()) {
+    if (row.word && row.make && (wanted == row.word || LSoundProcessFoldName(row.name) == wanted)) return row.make();
   }
   return nullptr;
 }
 
 std::string LSoundProcessNamesText() {
   std::string text;
-  for (const EffectKey& k : kEffectKeys) {
-    std::unique_ptr<LSoundProcess> effect = LSoundProcessCreate(k.type);
-    char label[kLPathMax] = {};
+  for (const LSoundProcessTypeRow& row : LSoundProcessTypeRows()) {
+    if (!row.word || !row.make) continue;
     if (!text.empty()) text += ", ";
-    text += std::string(k.key) + " (" + (effect ? effect->GetName(label) : "") + ")";
+    text += std::string(row.word) + " (" + row.name + ")";
   }
   return text;
 }

@@ -1,7 +1,7 @@
 #pragma once
 // Effect type ids: what GetSoundProcessType answers and what saved chains record
-// before each effect. On disk: never change.
-//
+// before each effect. On disk: never change. Their names and makers are in
+// sound_process_table.h.
 
 inline constexpr int kLSPTypeNone = 0;  // the LSoundProcess base; ends a chain
 inline constexpr int kLSPTypeGain = 1;
@@ -36,30 +36,3 @@ inline constexpr int kLSPTypeClickPopRemoval = 32;
 inline constexpr int kLSPTypeDeesser2 = 33;
 inline constexpr int kLSPTypePluginInfo = 16384;  // id of the plug-in description container; ends a chain
 inline constexpr int kLSPTypeAudioUnitPlugin = 32766;
-// Gaps in the table; they and every id above 33 load as LSPUnknown.
-inline constexpr int kLSPTypeUnassigned[] = {18, 25, 26};
-
-// True for the ids of the type table that name an effect class (1 to 33 but the
-// unassigned ones, and the Audio Unit plug-in).
-constexpr bool LSoundProcessTypeIsAssigned(int type) {
-  if (type == kLSPTypeAudioUnitPlugin) return true;
-  if (type < kLSPTypeGain || type > kLSPTypeDeesser2) return false;
-  for (int gap : kLSPTypeUnassigned)
-    if (type == gap) return false;
-  return true;
-}
-
-// The German display name of an assigned type id (what GetName of its class
-// writes), also for effects this build does not have; null for other ids.
-constexpr const char* LSoundProcessTypeName(int type) {
-  constexpr const char* kNames[] = {
-      nullptr,          "Verstärkung",    "Kompressor",        "Echo",          "Chor",
-      "Verzerrung",     "Hochpass",       "Flanger",           "Hall",          "Equalizer",
-      "Parametrischer EQ", "Grafischer EQ", "Visueller EQ",    "Pitch Shifter", "Pitch Shifter",
-      "Tiefpass",       "Unbenannter Effekt", "3-Band-Equalizer", nullptr,      "Tremolo",
-      "Vibrato",        "Doppler",        "Wah-Wah",           "Grafikkompressor", "Pitch Shifter für Stimme",
-      nullptr,          nullptr,          "Phaser",            "AM Radio",      "Telefon",
-      "Noise-Gate",     "Multiband Noise Gating", "Click/Pop-Entfernung", "De-esser"};
-  if (type == kLSPTypeAudioUnitPlugin) return "Audio-Unit-Plug-in";
-  return LSoundProcessTypeIsAssigned(type) ? kNames[type] : nullptr;
-}

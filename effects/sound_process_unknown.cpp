@@ -1,5 +1,6 @@
 #include "effects/sound_process_unknown.h"
 
+#include "effects/sound_process_table.h"
 #include "effects/sound_process_type.h"
 
 char* LSPUnknown::GetName(char* buffer) const {

@@ -5,6 +5,7 @@
 #include <ctime>
 #include <string>
 
+#include "base/environment.h"
 #include "base/file_record_lock.h"
 #include "base/file_stream.h"
 #include "base/folder_list.h"
@@ -95,7 +96,7 @@ void LSoundCache::FolderSet(const char* folder) {
 
 void LSoundCache::FolderSetDefault(bool cleanUp) {
   LStringLong folder = LUserDataFolder() + kDefaultFolderName;
-  if (const char* forced = std::getenv(kLSoundCacheFolderVariable); forced && *forced) {
+  if (const char* forced = LEnvironmentGet(kLSoundCacheFolderVariable); forced && *forced) {
     folder = forced;
   } else {
     LStringLong working = LUserSettings::Instance().Get(kLSettingsDomain, kLSoundCacheSettingsSection,

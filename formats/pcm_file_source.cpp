@@ -4,6 +4,8 @@
 
 #include "formats/little_endian.h"
 #include "formats/pcm_file_sink.h"
+#include "formats/riff_chunk_walker.h"
+#include "formats/riff_tag_chunk.h"
 #include "formats/wave_format.h"
 
 namespace {
@@ -12,9 +14,9 @@ constexpr std::uint32_t kFallbackRate = 44100;
 
 // The size of the data chunk whose header stands at at, or false when none does.
 bool DataHeaderAt(LByteStream& stream, long long at, std::uint32_t* size) {
-  unsigned char header[kLRiffChunkHeaderBytes];
-  if (!stream.Seek(at) || !stream.ReadAll(header, sizeof header) || LGetLE32(header) != kLRiffIdData) return false;
-  *size = LGetLE32(header + 4);
+  LRiffChunk chunk;
+  if (!LRiffChunkHeaderRead(stream, at, &chunk) || chunk.id != kLRiffIdData) return false;
+  *size = chunk.size;
   return true;
 }
 
@@ -64,7 +66,7 @@ long long LSRCPCMFileBase::ScanExtents(std::uint32_t firstDataSize) const {
   extents_.push_back({dataStart_, dataStart_ + first});
   long long total = first;
   bool unknown = false;
-  long long at = dataStart_ + first;
+  long long at = dataStart_ + static_cast<long long>(LRiffPadded(static_cast<std::uint64_t>(first)));
   while (DataHeaderAt(*stream_, at, &size)) {
     at += kLRiffChunkHeaderBytes;
     if (size == 0) {
@@ -79,7 +81,8 @@ long long LSRCPCMFileBase::ScanExtents(std::uint32_t firstDataSize) const {
     }
     extents_.push_back({at, at + size});
     total += size;
-    at += size;
+    // An odd chunk is followed by its pad byte, as in the walk that found the first.
+    at += static_cast<long long>(LRiffPadded(size));
   }
   streamAt_ = -1;
   if (unknown || (firstDataSize >= kLWaveProvisionalDataSize && extents_.size() == 1)) return -1;

@@ -11,6 +11,8 @@ namespace {
 constexpr int kIdBytes = 4;
 constexpr unsigned char kFirstPrintable = 0x20;
 constexpr unsigned char kLastPrintable = 0x7E;
+// Leading chunks that a sniff steps over before it gives up.
+constexpr int kSniffChunks = 16;
 
 }  // namespace
 
@@ -33,14 +35,26 @@ bool LRiffPadBytePresent(LByteStream& stream, long long bodyEnd, long long limit
   return !(got >= kIdBytes && LRiffIdLooksValid(LGetLE32(bytes)));
 }
 
-bool LRiffChunkWalker::Start() {
+bool LRiffChunkHeaderRead(LByteStream& stream, long long offset, LRiffChunk* chunk) {
+  unsigned char head[kLRiffChunkHeaderBytes];
+  if (!stream.Seek(offset) || !stream.ReadAll(head, sizeof head)) return false;
+  *chunk = LRiffChunk();
+  chunk->id = LGetLE32(head);
+  chunk->size = LGetLE32(head + 4);
+  chunk->offset = offset;
+  chunk->available = chunk->size;
+  return true;
+}
+
+bool LRiffChunkWalker::Start(bool sniff) {
   streamSize_ = stream_.Size();
   if (streamSize_ < 0) streamSize_ = std::numeric_limits<long long>::max();
   long long at = 0;
   unsigned char head[kLRiffListHeaderBytes];
-  for (;;) {
+  for (int chunks = 0;; ++chunks) {
     if (!stream_.Seek(at) || !stream_.ReadAll(head, sizeof head)) return false;
     if (LGetLE32(head) == kLRiffIdRiff && LGetLE32(head + 8) == kLRiffIdWave) break;
+    if (sniff && (chunks >= kSniffChunks || !LRiffIdLooksValid(LGetLE32(head)))) return false;
     // Leading chunks of other kinds are stepped over as the sound reader does.
     const std::uint64_t rounded = LRiffPadded(LGetLE32(head + 4));
     if (rounded < 5) return false;
@@ -80,7 +94,7 @@ bool LRiffChunkWalker::Next(LRiffChunk* chunk) {
   if (c.Truncated()) {
     truncated_ = true;
     done_ = true;
-  } else if (c.size & 1) {
+  } else if ((c.size & 1) && padRule_ == LRiffPadRule::kGuess) {
     const long long bodyEnd = c.BodyOffset() + c.size;
     c.padded = LRiffPadBytePresent(stream_, bodyEnd, streamSize_);
   }

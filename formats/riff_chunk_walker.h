@@ -1,10 +1,13 @@
 #pragma once
 // LRiffChunkWalker: steps over the top-level chunks of a RIFF/WAVE file on a
-// byte stream, for the tag reader and the tag writer.
+// byte stream, for the sound reader, the tag reader and the tag writer.
 //
 // Sizes are never trusted: a chunk whose body runs past the end of the stream
 // is reported with the bytes that are there (available < size) and ends the
-// walk. The walk goes to the end of the stream rather than to the end given by
+// walk. The tag reader and writer walk tolerantly: an odd body may lack its pad
+// byte, which is guessed from the bytes that follow. The sound reader walks
+// strictly: every odd body has its pad byte, as RIFF says, so that its reading
+// of a file never depends on a guess. The walk goes to the end of the stream rather than to the end given by
 // the RIFF size, because the sound writer's files above 4 GB carry data chunks
 // beyond that size. The walker only reads; it leaves the stream's offset
 // wherever its last read left it.
@@ -30,13 +33,20 @@ struct LRiffChunk {
   }
 };
 
+enum class LRiffPadRule : std::uint8_t {
+  kGuess,   // an odd body's pad byte is there unless a chunk id starts where it would be
+  kAlways,  // an odd body is always followed by a pad byte
+};
+
 class LRiffChunkWalker {
 public:
-  explicit LRiffChunkWalker(LByteStream& stream) : stream_(stream) {}
+  explicit LRiffChunkWalker(LByteStream& stream, LRiffPadRule padRule = LRiffPadRule::kGuess)
+      : stream_(stream), padRule_(padRule) {}
 
   // Finds the RIFF/WAVE container, stepping over top-level chunks of other
-  // kinds before it; false when there is none.
-  [[nodiscard]] bool Start();
+  // kinds before it; false when there is none. A sniff steps only over a few
+  // chunks whose ids look like ids, so that other formats are turned away at once.
+  [[nodiscard]] bool Start(bool sniff = false);
   // The next chunk inside the container; false at the end of the walk.
   [[nodiscard]] bool Next(LRiffChunk* chunk);
 
@@ -51,6 +61,7 @@ public:
 
 private:
   LByteStream& stream_;
+  LRiffPadRule padRule_;
   long long streamSize_ = 0;
   long long riffOffset_ = 0;
   std::uint32_t riffSize_ = 0;
@@ -58,6 +69,10 @@ private:
   bool done_ = false;
   bool truncated_ = false;
 };
+
+// Reads the chunk header at offset; false when the stream holds no whole header
+// there. available and padded are left as for a chunk that lies whole in the stream.
+[[nodiscard]] bool LRiffChunkHeaderRead(LByteStream& stream, long long offset, LRiffChunk* chunk);
 
 // True when the four characters of an id are printable ASCII, as every chunk
 // id is; used to tell a missing pad byte from a present one.

@@ -20,7 +20,7 @@ constexpr std::uint32_t kLRiffIdJunk = LRiffId("JUNK");
 // Four spaces: a tag key that has no chunk id.
 constexpr std::uint32_t kLRiffIdNone = LRiffId("    ");
 
-// "RIFF" or "LIST", size and a 4-character type (RIFF_HDR_WITH_ID); a plain chunk header is kLRiffChunkHeaderBytes.
+// "RIFF" or "LIST", size and a 4-character type; a plain chunk header is kLRiffChunkHeaderBytes.
 constexpr int kLRiffListHeaderBytes = 12;
 
 // DISP: a 32-bit type before the title; 1 is plain text (on disk, never change).

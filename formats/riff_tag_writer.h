@@ -28,7 +28,8 @@ enum class LRiffTagWriteResult {
   WriteFailed,  // a write or seek came up short; some chunks may be missing
 };
 
-// Chunk kinds in the order in which they are offered an old region (ChunkTypesArrangeByPriority).
+// The order in which chunk kinds are tried for the room of an old tag chunk:
+// the first kind not yet written whose size fits the room takes it.
 inline constexpr std::uint32_t kLRiffTagChunkPriority[] = {kLRiffIdCue, kLRiffIdId3, kLRiffIdCart, kLRiffIdBext,
                                                           kLRiffIdList, kLRiffIdCset, kLRiffIdDisp};
 // The order in which chunks that found no old region are appended. CSET comes

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -15,34 +14,13 @@
 #include "engine/channel_map_source.h"
 #include "engine/resample_source.h"
 #include "engine/source_to_sink.h"
-#include "formats/aiff_file.h"
 #include "formats/empty_stream.h"
-#include "formats/ffmpeg_sink.h"
 #include "formats/ffmpeg_source.h"
-#include "formats/ffmpeg_tag_keys.h"
-#include "formats/id3_frame_table.h"
-#include "formats/mp3_sink.h"
 #include "formats/open_error.h"
-#include "formats/wav_tag_keys.h"
+#include "formats/sound_file_kind_table.h"
 #include "formats/wav_tags.h"
-#include "formats/wave_file.h"
-#include "formats/wave_format.h"
 
 namespace {
-
-struct KindName {
-  const char* name;
-  LSoundFileKind kind;
-};
-
-// Names and extensions; the first of each kind is its own name.
-constexpr KindName kKindNames[] = {
-    {"wav", LSoundFileKind::kWave},  {"wave", LSoundFileKind::kWave}, {"rf64", LSoundFileKind::kRF64},
-    {"raw", LSoundFileKind::kRaw},   {"pcm", LSoundFileKind::kRaw},   {"aiff", LSoundFileKind::kAiff},
-    {"aif", LSoundFileKind::kAiff},  {"aifc", LSoundFileKind::kAiff}, {"mp3", LSoundFileKind::kMP3},
-    {"flac", LSoundFileKind::kFlac}, {"ogg", LSoundFileKind::kOgg},   {"oga", LSoundFileKind::kOgg},
-    {"opus", LSoundFileKind::kOpus},
-};
 
 constexpr const char* kLayoutNames[] = {"pcm8", "pcm16", "pcm24", "pcm32", "float", "alaw", "ulaw", "ima", "gsm"};
 
@@ -52,13 +30,7 @@ constexpr const char* kFFmpegExtensions[] = {"mp3", "mp2", "flac", "ogg",  "oga"
                                              "asf", "amr", "gsm",  "au",   "snd", "caf",  "w64", "rf64", "ac3",
                                              "3gp", "flv", "mpg",  "mpeg", "ape", "wv",   "dts"};
 
-// GSM 6.10 is defined at this rate.
-constexpr std::uint32_t kGsmRate = 8000;
 constexpr int kKbit = 1000;
-// Transparent for most listeners at a size well below the lossless one.
-constexpr int kDefaultMp3Quality = 2;
-constexpr int kDefaultVorbisQuality = 5;
-constexpr int kDefaultOpusKbitPerChannel = 64;
 constexpr std::size_t kSniffBytes = 12;
 constexpr std::uint32_t kDefaultRate = 44100;
 constexpr int kDefaultChannels = 2;
@@ -95,6 +67,9 @@ public:
     return std::make_unique<LFileStream>(fd);
   }
   const char* Name() const { return path_.c_str(); }
+  LSoundFileOpener Opener() const {
+    return [this] { return Open(); };
+  }
 
 private:
   std::string path_;
@@ -102,55 +77,6 @@ private:
   std::size_t size_ = 0;
   bool memory_ = false;
 };
-
-std::string WaveCodecName(const LWaveFileFormat& f) {
-  switch (f.tag) {
-    case kLWaveTagPCM:
-      if (f.bitsPerSample <= 8) return "pcm_u8";
-      if (f.bitsPerSample <= 16) return "pcm_s16le";
-      if (f.bitsPerSample <= 24) return "pcm_s24le";
-      return "pcm_s32le";
-    case kLWaveTagIEEEFloat:
-      return f.bitsPerSample == 64 ? "pcm_f64le" : "pcm_f32le";
-    case kLWaveTagALaw:
-      return "pcm_alaw";
-    case kLWaveTagMuLaw:
-      return "pcm_mulaw";
-    case kLWaveTagIMAADPCM:
-      return "adpcm_ima_wav";
-    case kLWaveTagGSM610:
-      return "gsm_ms";
-    default:
-      if (const char* name = LWaveCodecName(f.tag)) return name;
-      return "0x" + std::to_string(f.tag);
-  }
-}
-
-LSoundSource OpenWave(const Origin& origin, LSoundFileInfo* info) {
-  auto stream = origin.Open();
-  if (!stream) return LSoundSource::Error(kLSourceCannotOpen);
-  LWaveFileFormat format;
-  format.tag = 0;
-  LSoundSource source = LWaveFile::OpenSource(std::move(stream), &format);
-  info->formatName = "wav";
-  info->formatLongName = "WAVE";
-  info->codecName = info->codecLongName = WaveCodecName(format);
-  info->bitsPerSample = format.bitsPerSample;
-  // In 64 unsigned bits the product of the three fields cannot overflow; a damaged header may make it huge.
-  const unsigned long long bitRate =
-      static_cast<unsigned long long>(format.sampleRate) * format.channels * format.bitsPerSample;
-  info->bitRate = static_cast<long long>(std::min<unsigned long long>(bitRate, LLONG_MAX));
-  if (!source.IsError()) {
-    if (auto tags = origin.Open()) (void)LWavTagsRead(*tags, &info->tags);
-  }
-  return source;
-}
-
-LSoundSource OpenAiff(const Origin& origin, LSoundFileInfo* info) {
-  auto stream = origin.Open();
-  if (!stream) return LSoundSource::Error(kLSourceCannotOpen);
-  return LAiffFile::OpenSource(std::move(stream), info);
-}
 
 LSoundSource OpenFFmpeg(const Origin& origin, LSoundFileInfo* info) {
   auto stream = origin.Open();
@@ -166,28 +92,30 @@ bool WorthAnotherReader(unsigned char code) {
 LSoundSource OpenAny(const Origin& origin, LSoundFileInfo* out) {
   LSoundFileInfo scratch;
   LSoundFileInfo* info = out ? out : &scratch;
-  unsigned char head[kSniffBytes] = {};
-  std::size_t got = 0;
-  bool aiff = false;
-  bool wave = false;
+  // The kind whose own reader the content names, if any.
+  const LSoundFileKindRow* sniffed = nullptr;
   {
     auto stream = origin.Open();
     if (!stream) return LSoundSource::Error(kLSourceCannotOpen);
+    unsigned char head[kSniffBytes] = {};
     const long long n = stream->Read(head, sizeof head);
-    got = n > 0 ? static_cast<std::size_t>(n) : 0;
-    aiff = LAiffFile::IsAiff(head, got);
-    // Also behind a leading chunk of another kind, whatever the name says.
-    wave = !aiff && LWaveFile::HasContainer(*stream);
+    const std::size_t got = n > 0 ? static_cast<std::size_t>(n) : 0;
+    for (const LSoundFileKindRow* row : LSoundFileKindRows()) {
+      if (row->sniff && row->sniff(head, got, *stream)) {
+        sniffed = row;
+        break;
+      }
+    }
   }
   const std::string ext = Extension(origin.Name());
 
   // Our own reader first when the content names it.
   LSoundSource own;
   LSoundFileInfo ownInfo;
-  if (wave || aiff) {
-    own = wave ? OpenWave(origin, &ownInfo) : OpenAiff(origin, &ownInfo);
+  if (sniffed) {
+    own = sniffed->open(origin.Opener(), &ownInfo);
     // A damaged WAVE file keeps our reader's answer: FFmpeg would read it by other rules.
-    const bool damagedWave = wave && own.GetErrorCode() == kLSourceDamaged;
+    const bool damagedWave = sniffed->kind == LSoundFileKind::kWave && own.GetErrorCode() == kLSourceDamaged;
     if (!own.IsError() || damagedWave || !WorthAnotherReader(own.GetErrorCode())) {
       *info = ownInfo;
       return own;
@@ -219,11 +147,15 @@ LSoundSource OpenAny(const Origin& origin, LSoundFileInfo* out) {
   }
 
   // The extension second.
-  if (ext == "wav" || ext == "wave" || ext == "aif" || ext == "aiff" || ext == "aifc") {
-    LSoundSource byName = ext[0] == 'w' ? OpenWave(origin, &ownInfo) : OpenAiff(origin, &ownInfo);
-    if (!byName.IsError()) {
-      *info = ownInfo;
-      return byName;
+  LSoundFileKind named;
+  if (LSoundFileKindFromName(ext.c_str(), &named)) {
+    const LSoundFileKindRow& row = LSoundFileKindRowOf(named);
+    if (row.open) {
+      LSoundSource byName = row.open(origin.Opener(), &ownInfo);
+      if (!byName.IsError()) {
+        *info = ownInfo;
+        return byName;
+      }
     }
   }
   if (!ff.IsEmpty() && ff.GetErrorCode() == kLSourceCodecMissing) {
@@ -241,53 +173,6 @@ LSoundSource OpenAny(const Origin& origin, LSoundFileInfo* out) {
   return LSoundSource::Error(kLSourceUnsupported);
 }
 
-int LayoutBits(LSoundFileLayout layout) {
-  switch (layout) {
-    case LSoundFileLayout::kPcm8:
-      return 8;
-    case LSoundFileLayout::kPcm24:
-      return 24;
-    case LSoundFileLayout::kPcm32:
-    case LSoundFileLayout::kFloat:
-      return 32;
-    default:
-      return 16;
-  }
-}
-
-LSoundSink OpenWaveSink(const char* path, const LSoundFileFormat& format, std::uint32_t rate, int channels) {
-  LWaveFileFormat wave;
-  wave.sampleRate = rate;
-  wave.channels = static_cast<std::uint16_t>(channels);
-  wave.dither = format.dither;
-  switch (format.layout) {
-    case LSoundFileLayout::kFloat:
-      return LWaveFile::OpenSinkFloatExport(path, static_cast<int>(rate), static_cast<unsigned char>(channels));
-    case LSoundFileLayout::kALaw:
-      wave.tag = kLWaveTagALaw;
-      wave.bitsPerSample = 8;
-      return LWaveFile::OpenSink(path, wave);
-    case LSoundFileLayout::kULaw:
-      wave.tag = kLWaveTagMuLaw;
-      wave.bitsPerSample = 8;
-      return LWaveFile::OpenSink(path, wave);
-    case LSoundFileLayout::kIma:
-      // The block coders write mono.
-      wave.tag = kLWaveTagIMAADPCM;
-      wave.channels = 1;
-      wave.bitsPerSample = 4;
-      return LWaveFile::OpenSink(path, wave);
-    case LSoundFileLayout::kGsm:
-      wave.tag = kLWaveTagGSM610;
-      wave.channels = 1;
-      wave.sampleRate = kGsmRate;
-      wave.bitsPerSample = 0;
-      return LWaveFile::OpenSink(path, wave);
-    default:
-      return LWaveFile::OpenSinkPCM(path, static_cast<int>(rate), static_cast<unsigned char>(channels),
-                                    static_cast<unsigned short>(LayoutBits(format.layout)), 0, format.dither);
-  }
-}
 
 // Passes a source through and keeps the largest magnitude it gave.
 class LSRCPeak final : public LSoundSourceBase {
@@ -321,9 +206,12 @@ bool IntegerFormat(const LSoundFileFormat& f) {
       return true;
     case LSoundFileKind::kRaw:
       return f.raw.formatCode != 7 && f.raw.formatCode != 8;  // the float codes
-    default:
+    case LSoundFileKind::kMP3:
+    case LSoundFileKind::kOgg:
+    case LSoundFileKind::kOpus:
       return false;
   }
+  return false;
 }
 
 bool IsMarkerKey(const std::string& key) { return key.rfind("marker_", 0) == 0; }
@@ -338,21 +226,18 @@ std::string Fill(const char* text, const char* path) {
 
 bool LSoundFileKindFromName(const char* name, LSoundFileKind* kind) {
   if (!name) return false;
-  for (const auto& k : kKindNames) {
-    if (strcasecmp(name, k.name) == 0) {
-      *kind = k.kind;
-      return true;
+  for (const LSoundFileKindRow* row : LSoundFileKindRows()) {
+    for (const char* n : row->names) {
+      if (n && strcasecmp(name, n) == 0) {
+        *kind = row->kind;
+        return true;
+      }
     }
   }
   return false;
 }
 
-const char* LSoundFileKindName(LSoundFileKind kind) {
-  for (const auto& k : kKindNames) {
-    if (k.kind == kind) return k.name;
-  }
-  return "";
-}
+const char* LSoundFileKindName(LSoundFileKind kind) { return LSoundFileKindRowOf(kind).names[0]; }
 
 bool LSoundFileLayoutFromName(const char* name, LSoundFileLayout* layout) {
   if (!name) return false;
@@ -376,19 +261,7 @@ bool LSoundFileKindForPath(const char* path, LSoundFileKind* kind) {
 }
 
 bool LSoundFileKindHolds(LSoundFileKind kind, LSoundFileLayout layout) {
-  using L = LSoundFileLayout;
-  switch (kind) {
-    case LSoundFileKind::kWave:
-      return true;
-    case LSoundFileKind::kRF64:
-      return layout == L::kPcm16 || layout == L::kPcm24 || layout == L::kPcm32 || layout == L::kFloat;
-    case LSoundFileKind::kAiff:
-      return layout == L::kPcm8 || layout == L::kPcm16 || layout == L::kPcm24 || layout == L::kPcm32;
-    case LSoundFileKind::kFlac:
-      return layout == L::kPcm16 || layout == L::kPcm24;
-    default:
-      return false;
-  }
+  return (LSoundFileKindRowOf(kind).layouts >> static_cast<unsigned>(layout)) & 1u;
 }
 
 namespace {
@@ -544,26 +417,7 @@ std::vector<std::string> LSoundFile::TagsNotHeld(const LSoundFileFormat& format)
   for (const LFileTag& tag : format.tags) {
     const std::string key = tag.key.c_str();
     if (tag.value.empty() || IsMarkerKey(key)) continue;
-    bool held = false;
-    switch (format.kind) {
-      case LSoundFileKind::kMP3:
-        held = LId3FrameOfKey(key.c_str()) != nullptr;
-        break;
-      case LSoundFileKind::kAiff:
-        held = key == "TITLE" || key == "ARTIST" || key == "COPYRIGHT" || key == "COMMENT";
-        break;
-      case LSoundFileKind::kWave:
-        for (const auto& k : kLWavInfoKeys) held = held || key == k.key;
-        for (const auto& k : kLWavBextFields) held = held || key == k.key;
-        for (const auto& k : kLWavCartFields) held = held || key == k.key;
-        break;
-      case LSoundFileKind::kRaw:
-        break;
-      default:
-        // Vorbis comments hold any key; RF64's INFO list what FFmpeg maps.
-        held = !LTagKeyToFFmpeg(key.c_str()).empty();
-        break;
-    }
+    const bool held = LSoundFileKindRowOf(format.kind).holdsTag(key);
     if (!held) out.push_back(key + "=" + tag.value.c_str());
   }
   return out;
@@ -614,14 +468,17 @@ LSoundSource LSoundFile::OpenSource(const char* path, const LRawSettings& raw, L
 bool LSoundFile::Describe(const char* path, LSoundFileInfo* info) {
   if (!path || !info) return false;
   const Origin origin(path);
-  unsigned char head[kSniffBytes] = {};
+  bool own = false;
   {
     auto stream = origin.Open();
     if (!stream) return false;
+    unsigned char head[kSniffBytes] = {};
     if (stream->Read(head, sizeof head) != static_cast<long long>(sizeof head)) return !OpenAny(origin, info).IsError();
+    // Files our readers take are described by opening them, which decodes nothing.
+    for (const LSoundFileKindRow* row : LSoundFileKindRows()) {
+      own = own || (row->sniff && row->sniff(head, sizeof head, *stream));
+    }
   }
-  const bool own = (std::memcmp(head, "RIFF", 4) == 0 && std::memcmp(head + 8, "WAVE", 4) == 0) ||
-                   LAiffFile::IsAiff(head, sizeof head);
   if (!own && LFFmpegSource::IsAvailable() && LFFmpegSource::Describe(origin.Open(), path, info)) return true;
   *info = LSoundFileInfo();
   return !OpenAny(origin, info).IsError();
@@ -634,20 +491,7 @@ std::string LSoundFile::OpenErrorMessage(const LSoundSource& source, const char*
 }
 
 const char* LSoundFile::MissingCodec(const LSoundFileFormat& format) {
-  switch (format.kind) {
-    case LSoundFileKind::kMP3:
-      return LSNKMP3::IsAvailable() ? nullptr : kLMP3EncoderName;
-    case LSoundFileKind::kRF64:
-      return LSNKFFmpeg::MissingEncoder(LFFmpegSinkCodec::kRF64);
-    case LSoundFileKind::kFlac:
-      return LSNKFFmpeg::MissingEncoder(LFFmpegSinkCodec::kFlac);
-    case LSoundFileKind::kOgg:
-      return LSNKFFmpeg::MissingEncoder(LFFmpegSinkCodec::kVorbis);
-    case LSoundFileKind::kOpus:
-      return LSNKFFmpeg::MissingEncoder(LFFmpegSinkCodec::kOpus);
-    default:
-      return nullptr;
-  }
+  return LSoundFileKindRowOf(format.kind).missingCodec();
 }
 
 LSoundSink LSoundFile::OpenSink(const char* path, const LSoundFileFormat& format, std::uint32_t sampleRate,
@@ -655,59 +499,7 @@ LSoundSink LSoundFile::OpenSink(const char* path, const LSoundFileFormat& format
   if (!path) return LSoundSink::Error();
   const std::uint32_t rate = format.sampleRate ? format.sampleRate : sampleRate;
   const int ch = std::clamp(format.channels > 0 ? format.channels : channels, 1, 255);
-  const int bits = LayoutBits(format.layout);
-  switch (format.kind) {
-    case LSoundFileKind::kWave:
-      return OpenWaveSink(path, format, rate, ch);
-    case LSoundFileKind::kRaw: {
-      LRawSettings raw = format.raw;
-      raw.sampleRate = static_cast<std::int32_t>(rate);
-      raw.channels = static_cast<std::uint8_t>(ch);
-      return LRawFile::OpenSink(path, raw);
-    }
-    case LSoundFileKind::kAiff: {
-      LAiffFileFormat aiff;
-      aiff.sampleRate = rate;
-      aiff.channels = static_cast<std::uint8_t>(ch);
-      aiff.bitsPerSample = static_cast<std::uint16_t>(bits);
-      return LAiffFile::OpenSink(path, aiff, &format.tags);
-    }
-    case LSoundFileKind::kMP3: {
-      LMP3SinkFormat mp3;
-      mp3.sampleRate = rate;
-      mp3.channels = static_cast<std::uint8_t>(std::min(ch, 2));
-      mp3.bitRate = format.bitRate;
-      mp3.vbrQuality = format.quality >= 0 ? format.quality : kDefaultMp3Quality;
-      return LMakeSink<LSNKMP3>(path, mp3, &format.tags);
-    }
-    default:
-      break;
-  }
-  LFFmpegSinkFormat ff;
-  ff.sampleRate = rate;
-  ff.channels = static_cast<std::uint8_t>(ch);
-  ff.dither = format.dither;
-  ff.bitRate = format.bitRate * kKbit;
-  switch (format.kind) {
-    case LSoundFileKind::kRF64:
-      ff.codec = LFFmpegSinkCodec::kRF64;
-      ff.floating = format.layout == LSoundFileLayout::kFloat;
-      ff.bitsPerSample = std::max(16, bits);
-      break;
-    case LSoundFileKind::kFlac:
-      ff.codec = LFFmpegSinkCodec::kFlac;
-      ff.bitsPerSample = bits > 16 ? 24 : 16;
-      break;
-    case LSoundFileKind::kOgg:
-      ff.codec = LFFmpegSinkCodec::kVorbis;
-      ff.quality = static_cast<float>(format.quality >= -1 ? format.quality : kDefaultVorbisQuality);
-      break;
-    default:
-      ff.codec = LFFmpegSinkCodec::kOpus;
-      if (ff.bitRate <= 0) ff.bitRate = kDefaultOpusKbitPerChannel * kKbit * std::min(ch, 8);
-      break;
-  }
-  return LMakeSink<LSNKFFmpeg>(path, ff, &format.tags);
+  return LSoundFileKindRowOf(format.kind).sink(path, format, rate, ch);
 }
 
 LSoundSink LSoundFile::OpenSink(const char* path, const LSoundFileFormat& format) {

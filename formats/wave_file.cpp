@@ -16,6 +16,7 @@
 #include "formats/raw_data_source.h"
 #include "formats/riff_chunk_stream.h"
 #include "formats/riff_chunk_walker.h"
+#include "formats/riff_tag_chunk.h"
 #include "formats/wave_header.h"
 
 namespace {
@@ -23,60 +24,44 @@ namespace {
 constexpr float kIntegerMaxAmplitude = 32767.0f / 32768.0f;
 constexpr float kFloatMaxAmplitude = 16.0f;
 constexpr float kG711MaxAmplitude = 1.0f;
-constexpr int kRiffHeaderBytes = 12;
 constexpr int kG711HeaderBytes = 58;
-// Leading chunks that a sniff steps over before it gives up.
-constexpr int kSniffChunks = 16;
 constexpr std::uint32_t kMaxSize32 = 0xFFFFFFFFu;
 // Dither is not worth its noise at telephone rates and below.
 constexpr int kDitherAboveRate = 8000;
 
-struct ChunkHeader {
-  std::uint32_t id = 0;
-  std::uint32_t size = 0;
+// Our reading of a file's sound must not rest on a guess, so the walk takes
+// every pad byte as present and a chunk larger than 2^31 - 1 bytes as damage.
+constexpr std::uint64_t kMaxSkippedChunk = 0x7FFFFFFF;
+
+struct Headers {
+  LRiffChunk fmt;
+  LRiffChunk data;
+  long long factFrames = -1;
 };
 
-bool ReadChunkHeader(LByteStream& stream, ChunkHeader& header) {
-  unsigned char bytes[kLRiffChunkHeaderBytes];
-  if (!stream.ReadAll(bytes, sizeof bytes)) return false;
-  header.id = LGetLE32(bytes);
-  header.size = LGetLE32(bytes + 4);
-  return true;
-}
-
-// Reads chunk headers, skipping bodies, up to the header of a chunk with the id.
-// factFrames, when given, receives the frame count of a fact chunk passed on the way.
-bool FindChunk(LByteStream& stream, std::uint32_t id, ChunkHeader& header, long long* factFrames = nullptr) {
-  while (ReadChunkHeader(stream, header)) {
-    if (header.id == id) return true;
-    const std::uint64_t rounded = (static_cast<std::uint64_t>(header.size) + 1) & ~1ULL;
-    if (rounded > static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max())) return false;
-    long long skip = static_cast<long long>(rounded);
-    unsigned char count[4];
-    if (factFrames && header.id == kLRiffIdFact && header.size >= sizeof count) {
-      if (!stream.ReadAll(count, sizeof count)) return false;
-      *factFrames = LGetLE32(count);
-      skip -= static_cast<long long>(sizeof count);
+// The fmt chunk and the first data chunk after it, and the frame count of a
+// fact chunk between them. Data before fmt is not looked for.
+bool FindHeaders(LByteStream& stream, Headers* found) {
+  LRiffChunkWalker walker(stream, LRiffPadRule::kAlways);
+  if (!walker.Start()) return false;
+  bool haveFmt = false;
+  LRiffChunk chunk;
+  while (walker.Next(&chunk)) {
+    if (!haveFmt && chunk.id == kLRiffIdFmt) {
+      found->fmt = chunk;
+      haveFmt = true;
+    } else if (haveFmt && chunk.id == kLRiffIdData) {
+      found->data = chunk;
+      return true;
+    } else if (LRiffPadded(chunk.size) > kMaxSkippedChunk) {
+      return false;
+    } else if (haveFmt && chunk.id == kLRiffIdFact && chunk.available >= 4) {
+      unsigned char count[4];
+      if (!stream.Seek(chunk.BodyOffset()) || !stream.ReadAll(count, sizeof count)) return false;
+      found->factFrames = LGetLE32(count);
     }
-    if (!stream.SeekRelative(skip)) return false;
   }
   return false;
-}
-
-// Steps over top-level chunks of other kinds up to the RIFF/WAVE container. A
-// sniff steps only over chunks whose ids look like ids, and over few of them, so
-// that other formats are turned away at once.
-bool FindContainer(LByteStream& stream, bool sniff = false) {
-  unsigned char head[kRiffHeaderBytes];
-  for (int chunks = 0;; ++chunks) {
-    if (!stream.ReadAll(head, sizeof head)) return false;
-    if (LGetLE32(head) == kLRiffIdRiff && LGetLE32(head + 8) == kLRiffIdWave) return true;
-    if (sniff && (chunks >= kSniffChunks || !LRiffIdLooksValid(LGetLE32(head)))) return false;
-    // 32-bit arithmetic on purpose: a size of all ones rounds to 0 and fails.
-    const std::uint32_t rounded = (LGetLE32(head + 4) + 1u) & ~1u;
-    if (rounded < 5) return false;
-    if (!stream.SeekRelative(static_cast<long long>(rounded) - 4)) return false;
-  }
 }
 
 template <class Tag>
@@ -127,34 +112,39 @@ LSoundSource LWaveFile::OpenSource(const char* path, LWaveFileFormat* format) {
 
 LSoundSource LWaveFile::OpenSource(std::unique_ptr<LByteStream> stream, LWaveFileFormat* format) {
   if (!stream) return LSoundSource::Error(kLSourceCannotOpen);
-  if (!FindContainer(*stream)) return LSoundSource::Error(kLSourceDamaged);
-
-  ChunkHeader header;
-  if (!FindChunk(*stream, kLRiffIdFmt, header)) return LSoundSource::Error(kLSourceDamaged);
-  if (header.size < kLWaveFmtMinBytes || header.size > kLWaveFmtMaxBytes) return LSoundSource::Error(kLSourceDamaged);
+  Headers headers;
+  if (!FindHeaders(*stream, &headers)) return LSoundSource::Error(kLSourceDamaged);
+  const LRiffChunk& fmtChunk = headers.fmt;
+  if (fmtChunk.size < kLWaveFmtMinBytes || fmtChunk.size > kLWaveFmtMaxBytes) {
+    return LSoundSource::Error(kLSourceDamaged);
+  }
+  // An odd-sized fmt body is refused as damage, deliberately: no writer we know makes one.
+  if (fmtChunk.size & 1) return LSoundSource::Error(kLSourceDamaged);
   unsigned char fmt[kLWaveFmtMaxBytes] = {};
-  // No pad byte is skipped after an odd-sized fmt body: such files fail to open, deliberately.
-  if (!stream->ReadAll(fmt, header.size)) return LSoundSource::Error(kLSourceDamaged);
+  if (!stream->Seek(fmtChunk.BodyOffset()) || !stream->ReadAll(fmt, fmtChunk.size)) {
+    return LSoundSource::Error(kLSourceDamaged);
+  }
   std::uint16_t tag = LGetLE16(fmt);
   const std::uint16_t channels = LGetLE16(fmt + 2);
   const std::uint32_t rate = LGetLE32(fmt + 4);
   const std::uint16_t blockAlign = LGetLE16(fmt + 12);
   const std::uint16_t bits = LGetLE16(fmt + 14);
-  const std::uint16_t extra = header.size >= 18 ? LGetLE16(fmt + 16) : 0;
+  const std::uint16_t extra = fmtChunk.size >= 18 ? LGetLE16(fmt + 16) : 0;
   // Only the PCM sub-format is honoured; extensible float stays unsupported.
   if (tag == kLWaveTagExtensible && extra >= kLWaveExtensibleExtraBytes &&
-      header.size >= kLWaveFmtSubFormatOffset + sizeof kLWaveSubFormatPCM &&
+      fmtChunk.size >= kLWaveFmtSubFormatOffset + sizeof kLWaveSubFormatPCM &&
       std::memcmp(fmt + kLWaveFmtSubFormatOffset, kLWaveSubFormatPCM, sizeof kLWaveSubFormatPCM) == 0) {
     tag = kLWaveTagPCM;
   }
   if (format) *format = LWaveFileFormat{tag, channels, rate, bits, false};
 
-  long long factFrames = -1;
-  if (!FindChunk(*stream, kLRiffIdData, header, &factFrames)) return LSoundSource::Error(kLSourceDamaged);
+  const long long factFrames = headers.factFrames;
   if (channels < 1 || channels > kLWaveMaxChannels || rate < 1 || rate > kLWaveMaxSampleRate) {
     return LSoundSource::Error(kLSourceDamaged);
   }
-  const std::uint32_t dataSize = header.size;
+  const std::uint32_t dataSize = headers.data.size;
+  // The readers below start where the stream stands.
+  if (!stream->Seek(headers.data.BodyOffset())) return LSoundSource::Error(kLSourceDamaged);
 
   switch (tag) {
     case kLWaveTagPCM:
@@ -189,7 +179,10 @@ LSoundSource LWaveFile::OpenSource(std::unique_ptr<LByteStream> stream, LWaveFil
   }
 }
 
-bool LWaveFile::HasContainer(LByteStream& stream) { return stream.Seek(0) && FindContainer(stream, true); }
+bool LWaveFile::HasContainer(LByteStream& stream) {
+  LRiffChunkWalker walker(stream, LRiffPadRule::kAlways);
+  return walker.Start(true);
+}
 
 LSoundSource LWaveFile::OpenSourceDeletingFileWhenClosed(const char* path) {
   return LMakeSource<LWavSourceDeleteWhenClosed>(OpenSource(path), path);

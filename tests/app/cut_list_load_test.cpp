@@ -5,6 +5,7 @@
 #include "app/recent_file_list.h"
 #include "document_fixture.h"
 #include "engine/sound_cache.h"
+#include "formats/wav_tags.h"
 
 namespace {
 
@@ -68,3 +69,18 @@ TEST_F(CutListLoadTest, OpeningAFileMakesACleanTitledDocumentWithItsBaseEntry) {
 }
 
 }  // namespace
+
+TEST_F(CutListLoadTest, TheLoaderHandsOnTheTagsWhetherItDecodesOrReusesTheCachedCopy) {
+  const std::string path = WriteStaircaseWave("tagged.wav", 400, 1);
+  LFileTagDataAudio tags;
+  tags.Set("TITLE", "Probe");
+  ASSERT_EQ(LWavTagsWrite(path.c_str(), tags), LWavTagsResult::Ok);
+  LProcessInterfaceQuiet process;
+  for (const char* round : {"decoded", "cached"}) {
+    LCutListAudio list;
+    LSoundFileInfo info;
+    ASSERT_EQ(SVCutListLoadFile(process, path.c_str(), list, true, &info), kLProcessSuccess) << round;
+    EXPECT_EQ(info.formatName, "wav") << round;
+    EXPECT_STREQ(info.tags.Get("TITLE"), "Probe") << round;
+  }
+}

@@ -109,3 +109,18 @@ TEST_F(UserSettingsTest, ManyThreadsSettingAtOnceLoseNothing) {
       ASSERT_EQ(settings().Get(kLUsageStatsDomain, "Threads", key.c_str()), key);
     }
 }
+
+TEST_F(UserSettingsTest, ASettingsFileThatIsALinkStaysALinkAndTheFileItLeadsToTakesTheValue) {
+  const std::string real = temp_.File("dotfiles.ini");
+  std::filesystem::create_directories(folder_);
+  std::ofstream(real) << "[Cache]\nRetentionDays=7\n";
+  const std::string link = folder_ + "/" + kLSettingsDomain + ".ini";
+  std::filesystem::create_symlink(real, link);
+  ASSERT_TRUE(settings().Set(kLSettingsDomain, "Cache", "RetentionDays", "14"));
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  Reload();
+  EXPECT_EQ(settings().Get(kLSettingsDomain, "Cache", "RetentionDays"), "14");
+  std::ifstream in(real);
+  const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  EXPECT_NE(text.find("RetentionDays=14"), std::string::npos);
+}

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <fstream>
 
 #include "codec_fixtures.h"
+#include "base/platform_file.h"
 #include "formats/aiff_file.h"
 #include "formats/wave_file.h"
 #include "support/temp_folder.h"
@@ -338,4 +340,32 @@ TEST(SoundFile, NoSoundSavedToAnyFormatOpensAsNoFramesAndOggEndsAtItsLastGranule
     ASSERT_TRUE(RunTool("soxi -s " + ShellQuote(path), &frames));
     EXPECT_EQ(LSoundFile::OpenSource(path.c_str()).GetEndSample(), std::stoll(frames)) << rate;
   }
+}
+
+TEST(SoundFile, EachKindIsWrittenByItsOwnWriterAndAnUnknownKindByNone) {
+  TempFolder folder;
+  const std::vector<float> sine = SineFrames(4800, 2, 48000, 440.0, 0.5);
+  // The extension says nothing, so only the content tells which writer made the file.
+  for (LSoundFileKind kind : {LSoundFileKind::kWave, LSoundFileKind::kRF64, LSoundFileKind::kAiff,
+                              LSoundFileKind::kMP3, LSoundFileKind::kFlac, LSoundFileKind::kOgg,
+                              LSoundFileKind::kOpus}) {
+    const LSoundFileFormat format = Format(kind);
+    if (LSoundFile::MissingCodec(format)) continue;
+    const std::string path = folder.File(std::string(LSoundFileKindName(kind)) + ".bin");
+    ASSERT_EQ(SaveQuietly(MemorySource(sine, 2, 48000), path, format), kLProcessSuccess) << path;
+    LSoundFileInfo info;
+    ASSERT_FALSE(LSoundFile::OpenSource(path.c_str(), &info).IsError()) << path;
+    LSoundFileFormat back;
+    ASSERT_TRUE(LSoundFileFormatOf(info, &back)) << path;
+    if (kind == LSoundFileKind::kRF64) {
+      char head[4] = {};
+      std::ifstream(path, std::ios::binary).read(head, sizeof head);
+      EXPECT_EQ(std::string(head, 4), "RF64");
+    } else {
+      EXPECT_EQ(back.kind, kind) << path;
+    }
+  }
+  const std::string stray = folder.File("stray.bin");
+  EXPECT_TRUE(LSoundFile::OpenSink(stray.c_str(), Format(static_cast<LSoundFileKind>(200))).HasError());
+  EXPECT_FALSE(LFileExists(stray.c_str()));
 }

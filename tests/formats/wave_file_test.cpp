@@ -241,3 +241,18 @@ TEST(WaveFile, MP3FramesInsideWaveReadAsTheSameFramesInAnMP3File) {
   EXPECT_NE(ErrorOf(RiffWave({fmt, Chunk("data", Bytes(100, 0))})), kLSourceOK);
 }
 #endif
+
+TEST(WaveFile, AnOddDataChunkIsFollowedByItsPadByteAndAnOddFmtWithoutOneIsRefusedAsWell) {
+  // 8-bit mono in chunks of 3 and 2 frames: the first is padded to 4 bytes.
+  LSoundSource source = OpenWave(RiffWave({Chunk("fmt ", FmtBody(1, 1, 8000, 8)), Chunk("data", {128, 129, 130}),
+                                           Chunk("data", {131, 132})}));
+  ASSERT_EQ(source.GetErrorCode(), kLSourceOK);
+  EXPECT_EQ(source.GetEndSample(), 5);
+  const std::vector<float> frames = ReadFrames(source, 5);
+  EXPECT_FLOAT_EQ(frames[3], 3 * frames[1]) << "the pad byte is not a sample";
+
+  Bytes oddFmt = FmtBody(1, 1, 8000, 16);
+  oddFmt.push_back(0);
+  EXPECT_EQ(ErrorOf(RiffWave({Chunk("fmt ", oddFmt, -1, false), Chunk("data", Staircase16(4, 1))})),
+            kLSourceDamaged);
+}

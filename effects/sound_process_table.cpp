@@ -1,0 +1,66 @@
+#include "effects/sound_process_table.h"
+
+#include "effects/echo.h"
+#include "effects/eq.h"
+#include "effects/gain.h"
+#include "effects/sound_process_type.h"
+
+namespace {
+
+template <class T>
+std::unique_ptr<LSoundProcess> Make() {
+  return std::make_unique<T>();
+}
+
+// The ids left out (18, 25, 26) were never assigned; like every id above 33 they load as LSPUnknown.
+constexpr LSoundProcessTypeRow kRows[] = {
+    {kLSPTypeGain, "gain", "Verstärkung", Make<LSPGain>},
+    {kLSPTypeDRCSimple, nullptr, "Kompressor", nullptr},
+    {kLSPTypeEcho, "echo", "Echo", Make<LSPEcho>},
+    {kLSPTypeChorus, nullptr, "Chor", nullptr},
+    {kLSPTypeDistortion, nullptr, "Verzerrung", nullptr},
+    {kLSPTypeHighPass, nullptr, "Hochpass", nullptr},
+    {kLSPTypeFlanger, nullptr, "Flanger", nullptr},
+    {kLSPTypeReverb3, nullptr, "Hall", nullptr},
+    // Flat by default, so the command does not offer it.
+    {kLSPTypePointListEq, nullptr, "Equalizer", Make<LSPEq>},
+    {kLSPTypeParametricEqBand, nullptr, "Parametrischer EQ", nullptr},
+    {kLSPTypeGraphicEqBand, nullptr, "Grafischer EQ", nullptr},
+    {kLSPTypeEqPointLine, nullptr, "Visueller EQ", nullptr},
+    {kLSPTypePitchSpeed, nullptr, "Pitch Shifter", nullptr},
+    {kLSPTypePitch, nullptr, "Pitch Shifter", nullptr},
+    {kLSPTypeLowPass, nullptr, "Tiefpass", nullptr},
+    {kLSPTypeEqSimple, nullptr, "Unbenannter Effekt", nullptr},
+    {kLSPTypeEqSimple3Band, nullptr, "3-Band-Equalizer", nullptr},
+    {kLSPTypeTremolo, nullptr, "Tremolo", nullptr},
+    {kLSPTypeVibrato, nullptr, "Vibrato", nullptr},
+    {kLSPTypeDoppler, nullptr, "Doppler", nullptr},
+    {kLSPTypeWahwah, nullptr, "Wah-Wah", nullptr},
+    {kLSPTypeDRCPointLine, nullptr, "Grafikkompressor", nullptr},
+    {kLSPTypeVoicePitch, nullptr, "Pitch Shifter für Stimme", nullptr},
+    {kLSPTypePhaser, nullptr, "Phaser", nullptr},
+    {kLSPTypeAMRadio, nullptr, "AM Radio", nullptr},
+    {kLSPTypeTelephone, nullptr, "Telefon", nullptr},
+    {kLSPTypeNoiseGate, nullptr, "Noise-Gate", nullptr},
+    {kLSPTypeMultiBandNoiseGating, nullptr, "Multiband Noise Gating", nullptr},
+    {kLSPTypeClickPopRemoval, nullptr, "Click/Pop-Entfernung", nullptr},
+    {kLSPTypeDeesser2, nullptr, "De-esser", nullptr},
+    // There are no Audio Units to host here.
+    {kLSPTypeAudioUnitPlugin, nullptr, "Audio-Unit-Plug-in", nullptr},
+};
+
+}  // namespace
+
+std::span<const LSoundProcessTypeRow> LSoundProcessTypeRows() { return kRows; }
+
+const LSoundProcessTypeRow* LSoundProcessTypeRowOf(int type) {
+  for (const LSoundProcessTypeRow& row : kRows) {
+    if (row.type == type) return &row;
+  }
+  return nullptr;
+}
+
+const char* LSoundProcessTypeName(int type) {
+  const LSoundProcessTypeRow* row = LSoundProcessTypeRowOf(type);
+  return row ? row->name : nullptr;
+}
