@@ -1,8 +1,13 @@
 #include "effects/sound_process_table.h"
 
+#include "effects/compressor.h"
 #include "effects/echo.h"
 #include "effects/eq.h"
+#include "effects/eq_simple_3band.h"
 #include "effects/gain.h"
+#include "effects/noise_gate.h"
+#include "effects/parametric_eq.h"
+#include "effects/pass_filter.h"
 #include "effects/sound_process_type.h"
 
 namespace {
@@ -15,23 +20,23 @@ std::unique_ptr<LSoundProcess> Make() {
 // The ids left out (18, 25, 26) were never assigned; like every id above 33 they load as LSPUnknown.
 constexpr LSoundProcessTypeRow kRows[] = {
     {kLSPTypeGain, "gain", "Verstärkung", Make<LSPGain>},
-    {kLSPTypeDRCSimple, nullptr, "Kompressor", nullptr},
+    {kLSPTypeDRCSimple, "kompressor", "Kompressor", Make<LSPDRCSimple>},
     {kLSPTypeEcho, "echo", "Echo", Make<LSPEcho>},
     {kLSPTypeChorus, nullptr, "Chor", nullptr},
     {kLSPTypeDistortion, nullptr, "Verzerrung", nullptr},
-    {kLSPTypeHighPass, nullptr, "Hochpass", nullptr},
+    {kLSPTypeHighPass, "hochpass", "Hochpass", Make<LSPHighPass>},
     {kLSPTypeFlanger, nullptr, "Flanger", nullptr},
     {kLSPTypeReverb3, nullptr, "Hall", nullptr},
     // Flat by default, so the command does not offer it.
     {kLSPTypePointListEq, nullptr, "Equalizer", Make<LSPEq>},
-    {kLSPTypeParametricEqBand, nullptr, "Parametrischer EQ", nullptr},
+    {kLSPTypeParametricEqBand, "parametrischereq", "Parametrischer EQ", Make<LSPParametricEqBand>},
     {kLSPTypeGraphicEqBand, nullptr, "Grafischer EQ", nullptr},
     {kLSPTypeEqPointLine, nullptr, "Visueller EQ", nullptr},
     {kLSPTypePitchSpeed, nullptr, "Pitch Shifter", nullptr},
     {kLSPTypePitch, nullptr, "Pitch Shifter", nullptr},
-    {kLSPTypeLowPass, nullptr, "Tiefpass", nullptr},
+    {kLSPTypeLowPass, "tiefpass", "Tiefpass", Make<LSPLowPass>},
     {kLSPTypeEqSimple, nullptr, "Unbenannter Effekt", nullptr},
-    {kLSPTypeEqSimple3Band, nullptr, "3-Band-Equalizer", nullptr},
+    {kLSPTypeEqSimple3Band, "eq3", "3-Band-Equalizer", Make<LSPEqSimple3Band>},
     {kLSPTypeTremolo, nullptr, "Tremolo", nullptr},
     {kLSPTypeVibrato, nullptr, "Vibrato", nullptr},
     {kLSPTypeDoppler, nullptr, "Doppler", nullptr},
@@ -41,7 +46,7 @@ constexpr LSoundProcessTypeRow kRows[] = {
     {kLSPTypePhaser, nullptr, "Phaser", nullptr},
     {kLSPTypeAMRadio, nullptr, "AM Radio", nullptr},
     {kLSPTypeTelephone, nullptr, "Telefon", nullptr},
-    {kLSPTypeNoiseGate, nullptr, "Noise-Gate", nullptr},
+    {kLSPTypeNoiseGate, "noisegate", "Noise-Gate", Make<LSPNoiseGate>},
     {kLSPTypeMultiBandNoiseGating, nullptr, "Multiband Noise Gating", nullptr},
     {kLSPTypeClickPopRemoval, nullptr, "Click/Pop-Entfernung", nullptr},
     {kLSPTypeDeesser2, nullptr, "De-esser", nullptr},

@@ -1,0 +1,113 @@
+#include "effects/biquad.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace {
+
+struct Angle {
+  double cosw, alpha;
+};
+
+// Frequencies are kept below Nyquist so that a setting meant for 48 kHz still
+// opens at 8 kHz.
+double Omega(double rate, double hz) { return 2.0 * std::numbers::pi * std::clamp(hz, 1.0, rate * 0.49) / rate; }
+
+Angle AngleOf(double rate, double hz, double q) {
+  const double w = Omega(rate, hz);
+  return {std::cos(w), std::sin(w) / (2.0 * std::max(q, 0.01))};
+}
+
+LBiquad Normalised(double b0, double b1, double b2, double a0, double a1, double a2) {
+  return {b0 / a0, b1 / a0, b2 / a0, a1 / a0, a2 / a0};
+}
+
+}  // namespace
+
+LBiquad LBiquad::LowPass(double rate, double hz, double q) {
+  auto [c, a] = AngleOf(rate, hz, q);
+  return Normalised((1 - c) / 2, 1 - c, (1 - c) / 2, 1 + a, -2 * c, 1 - a);
+}
+
+LBiquad LBiquad::HighPass(double rate, double hz, double q) {
+  auto [c, a] = AngleOf(rate, hz, q);
+  return Normalised((1 + c) / 2, -(1 + c), (1 + c) / 2, 1 + a, -2 * c, 1 - a);
+}
+
+LBiquad LBiquad::LowPass1(double rate, double hz) {
+  const double k = std::tan(Omega(rate, hz) / 2);
+  return {k / (1 + k), k / (1 + k), 0, (k - 1) / (k + 1), 0};
+}
+
+LBiquad LBiquad::HighPass1(double rate, double hz) {
+  const double k = std::tan(Omega(rate, hz) / 2);
+  return {1 / (1 + k), -1 / (1 + k), 0, (k - 1) / (k + 1), 0};
+}
+
+LBiquad LBiquad::Bell(double rate, double hz, double q, double gainDb) {
+  auto [c, a] = AngleOf(rate, hz, q);
+  const double g = std::pow(10.0, gainDb / 40.0);
+  return Normalised(1 + a * g, -2 * c, 1 - a * g, 1 + a / g, -2 * c, 1 - a / g);
+}
+
+LBiquad LBiquad::LowShelf(double rate, double hz, double q, double gainDb) {
+  auto [c, a] = AngleOf(rate, hz, q);
+  const double g = std::pow(10.0, gainDb / 40.0);
+  const double s = 2 * std::sqrt(g) * a;
+  return Normalised(g * ((g + 1) - (g - 1) * c + s), 2 * g * ((g - 1) - (g + 1) * c), g * ((g + 1) - (g - 1) * c - s),
+                    (g + 1) + (g - 1) * c + s, -2 * ((g - 1) + (g + 1) * c), (g + 1) + (g - 1) * c - s);
+}
+
+LBiquad LBiquad::HighShelf(double rate, double hz, double q, double gainDb) {
+  auto [c, a] = AngleOf(rate, hz, q);
+  const double g = std::pow(10.0, gainDb / 40.0);
+  const double s = 2 * std::sqrt(g) * a;
+  return Normalised(g * ((g + 1) + (g - 1) * c + s), -2 * g * ((g - 1) + (g + 1) * c), g * ((g + 1) + (g - 1) * c - s),
+                    (g + 1) - (g - 1) * c + s, 2 * ((g - 1) - (g + 1) * c), (g + 1) - (g - 1) * c - s);
+}
+
+LBiquad LBiquad::Notch(double rate, double hz, double q) {
+  auto [c, a] = AngleOf(rate, hz, q);
+  return Normalised(1, -2 * c, 1, 1 + a, -2 * c, 1 - a);
+}
+
+std::vector<LBiquad> LBiquadButterworth(double rate, double hz, int order, bool highPass, double peakFactor) {
+  order = std::clamp(order, 1, 8);
+  std::vector<LBiquad> sections;
+  if (order % 2) sections.push_back(highPass ? LBiquad::HighPass1(rate, hz) : LBiquad::LowPass1(rate, hz));
+  const int pairs = order / 2;
+  for (int k = 0; k < pairs; ++k) {
+    double q = 1.0 / (2.0 * std::cos(std::numbers::pi * (2 * k + 1) / (2.0 * order)));
+    if (k == pairs - 1) q *= peakFactor;  // the sharpest pair carries the resonance
+    sections.push_back(highPass ? LBiquad::HighPass(rate, hz, q) : LBiquad::LowPass(rate, hz, q));
+  }
+  return sections;
+}
+
+LBiquadCascade::LBiquadCascade(std::vector<LBiquad> sections, int channels)
+    : sections_(std::move(sections)), channels_(std::max(channels, 1)), state_(sections_.size() * channels_ * 2, 0.0) {}
+
+void LBiquadCascade::Process(float* buffer, long long frames) {
+  // Section by section over the whole block: the coefficients stay in registers.
+  for (std::size_t s = 0; s < sections_.size(); ++s) {
+    const LBiquad f = sections_[s];
+    for (int c = 0; c < channels_; ++c) {
+      double* z = &state_[(s * channels_ + c) * 2];
+      double z1 = z[0], z2 = z[1];
+      float* p = buffer + c;
+      for (long long i = 0; i < frames; ++i, p += channels_) {
+        const double x = *p;
+        const double y = f.b0 * x + z1;
+        z1 = f.b1 * x - f.a1 * y + z2;
+        z2 = f.b2 * x - f.a2 * y;
+        *p = static_cast<float>(y);
+      }
+      // A decayed tail would go on as denormals, which are slow.
+      z[0] = std::abs(z1) < 1e-30 ? 0.0 : z1;
+      z[1] = std::abs(z2) < 1e-30 ? 0.0 : z2;
+    }
+  }
+}
+
+void LBiquadCascade::Reset() { std::fill(state_.begin(), state_.end(), 0.0); }
