@@ -1,0 +1,129 @@
+// The compressor and the noise gate, measured on sines and noise made here.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "effect_test_levels.h"
+#include "effect_test_sources.h"
+#include "effects/compressor.h"
+#include "effects/noise_gate.h"
+
+namespace {
+
+constexpr std::uint32_t kRate = 48000;
+constexpr std::size_t kMs = kRate / 1000;
+
+double Amplitude(double db) { return std::pow(10.0, db / 20.0); }
+
+std::vector<float> Process(LSoundProcess& effect, const std::vector<float>& x) {
+  LSoundSource input = MakeBufferSource(x, kRate, 1);
+  LSoundSource out = effect.OpenSource(input);
+  return ReadAll(out, static_cast<long long>(x.size()), 4096);
+}
+
+// A 1 kHz sine whose level steps through (dB, milliseconds) pieces.
+std::vector<float> Steps(std::initializer_list<std::pair<double, int>> pieces) {
+  std::vector<float> x;
+  for (auto [db, ms] : pieces) {
+    std::vector<float> s = Sine(1000.0, Amplitude(db), kRate, static_cast<long long>(ms) * kMs);
+    x.insert(x.end(), s.begin(), s.end());
+  }
+  return x;
+}
+
+// The gain in dB applied over each millisecond (one cycle of the 1 kHz sine).
+std::vector<double> GainPerMs(const std::vector<float>& x, const std::vector<float>& y) {
+  std::vector<double> g;
+  for (std::size_t at = 0; at + kMs <= x.size(); at += kMs) {
+    float in = 0, out = 0;
+    for (std::size_t i = at; i < at + kMs; ++i) in = std::max(in, std::abs(x[i])), out = std::max(out, std::abs(y[i]));
+    g.push_back(20.0 * std::log10(out / in));
+  }
+  return g;
+}
+
+// Milliseconds from `from` until the gain first passes `level` (downwards when falling).
+double MsUntil(const std::vector<double>& g, std::size_t from, double level, bool falling) {
+  for (std::size_t i = from; i < g.size(); ++i)
+    if (falling ? g[i] <= level : g[i] >= level) return double(i - from);
+  return 1e9;
+}
+
+}  // namespace
+
+TEST(Compressor, ASteadySineSettlesOnTheCurveInPeakAndRmsModeWithKneeAndMakeUp) {
+  struct Case {
+    double inDb, kneeDb, makeupDb;
+    int detection;
+    double outDb;
+  } cases[] = {
+      {-8.0, 0.0, 0.0, kLSPDRCPeak, -17.0},
+      {-30.0, 0.0, 0.0, kLSPDRCPeak, -30.0},
+      {-20.0, 10.0, 5.0, kLSPDRCPeak, -20.0 - 0.9375 + 5.0},  // a quarter of the knee's width squared over it
+      {-8.0 + 3.0103, 0.0, 0.0, kLSPDRCRms, -14.0},           // the sine's RMS is 3 dB under its peak
+  };
+  for (const Case& c : cases) {
+    LSPDRCSimple drc;  // -20 dB, 4:1
+    drc.SetValue(kLSPDRCKnee, c.kneeDb);
+    drc.SetValue(kLSPDRCMakeup, c.makeupDb);
+    drc.SetValue(kLSPDRCDetection, c.detection);
+    std::vector<float> y = Process(drc, Steps({{c.inDb, 1000}}));
+    EXPECT_NEAR(ToneDb(y, 1000.0, kRate, y.size() - 100 * kMs, 100 * kMs), c.outDb, 0.5) << c.inDb;
+  }
+}
+
+TEST(Compressor, AttackAndReleaseTakeTheirTimes) {
+  LSPDRCSimple drc;
+  drc.SetValue(kLSPDRCAttack, 20.0);
+  drc.SetValue(kLSPDRCRelease, 200.0);
+  std::vector<float> x = Steps({{-40.0, 500}, {-8.0, 500}, {-40.0, 1500}});
+  std::vector<double> g = GainPerMs(x, Process(drc, x));
+  EXPECT_NEAR(g[999], -9.0, 0.2);
+  // Time constants: 63 % of the 9 dB change.
+  EXPECT_NEAR(MsUntil(g, 500, -9.0 * 0.632, true), 20.0, 4.0);
+  EXPECT_NEAR(MsUntil(g, 1000, -9.0 * 0.368, false), 200.0, 40.0);
+}
+
+TEST(Compressor, LookAheadCatchesTheFirstPeakAndKeepsTheSoundInPlace) {
+  std::vector<float> x = Steps({{-60.0, 100}, {0.0, 400}});
+  LSPDRCSimple limiter;
+  limiter.SetValue(kLSPDRCThreshold, -6.0);
+  limiter.SetValue(kLSPDRCRatio, 20.0);
+  limiter.SetValue(kLSPDRCAttack, 1.0);
+  std::vector<float> late = Process(limiter, x);
+  EXPECT_GT(*std::max_element(late.begin(), late.end()), Amplitude(-1.0));
+
+  limiter.SetValue(kLSPDRCLookAhead, 5.0);
+  LSoundSource input = MakeBufferSource(x, kRate, 1);
+  LSoundSource s = limiter.OpenSource(input);
+  std::vector<float> y = ReadAll(s, static_cast<long long>(x.size()), 777);
+  EXPECT_EQ(s.GetPositionSample(), static_cast<long long>(x.size()));
+  EXPECT_LT(*std::max_element(y.begin(), y.end()), Amplitude(-5.0));
+  // In place: a steady gain makes the output the input scaled, sample for sample.
+  const std::size_t at = 300 * kMs + 12;
+  for (std::size_t i = at; i < at + 40; ++i) ASSERT_NEAR(y[i], x[i] * (y[at] / x[at]), 1e-4) << i;
+
+  s.Seek(0);
+  EXPECT_EQ(ReadAll(s, static_cast<long long>(x.size()), 4096), y);
+  s.Seek(200 * kMs);
+  std::vector<float> tail = ReadAll(s, 100, 100);
+  for (std::size_t i = 0; i < tail.size(); ++i) ASSERT_NEAR(tail[i], y[200 * kMs + i], 1e-4) << i;
+}
+
+TEST(NoiseGate, LowersNoiseBelowTheThresholdByItsRangeAndLeavesTheSoundAlone) {
+  LSPNoiseGate gate;  // -40 dB, 40 dB off
+  gate.SetValue(kLSPGateRange, 30.0);
+  std::vector<float> x = Noise(Amplitude(-50.0), 500 * kMs);
+  std::vector<float> tone = Steps({{-10.0, 500}});
+  x.insert(x.end(), tone.begin(), tone.end());
+  std::vector<float> tail = Noise(Amplitude(-50.0), 1500 * kMs, 7);
+  x.insert(x.end(), tail.begin(), tail.end());
+  std::vector<float> y = Process(gate, x);
+
+  EXPECT_NEAR(RmsDb(y, 100 * kMs, 400 * kMs) - RmsDb(x, 100 * kMs, 400 * kMs), -30.0, 0.5);
+  EXPECT_NEAR(ToneDb(y, 1000.0, kRate, 600 * kMs, 300 * kMs), -10.0, 0.05);
+  EXPECT_NEAR(RmsDb(y, 2000 * kMs, 500 * kMs) - RmsDb(x, 2000 * kMs, 500 * kMs), -30.0, 0.5);
+  // Held open for the hold time after the tone, then closing.
+  EXPECT_NEAR(RmsDb(y, 1010 * kMs, 30 * kMs) - RmsDb(x, 1010 * kMs, 30 * kMs), 0.0, 0.5);
+}
