@@ -37,9 +37,15 @@ double Coefficient(double ms, double rate) { return std::exp(-1000.0 / (std::max
 LSPDRCSimple::LSPDRCSimple() : LSoundProcessValues(kTable) {}
 
 LSoundSource LSPDRCSimple::OpenSource(LSoundSource& input) {
-  LCompressorSettings s{OpenValue(kLSPDRCThreshold), OpenValue(kLSPDRCRatio),    OpenValue(kLSPDRCAttack),
-                        OpenValue(kLSPDRCRelease),   OpenValue(kLSPDRCMakeup),   OpenValue(kLSPDRCKnee),
-                        OpenValue(kLSPDRCDetection) == kLSPDRCRms, OpenValue(kLSPDRCLookAhead)};
+  LCompressorSettings s;
+  s.thresholdDb = OpenValue(kLSPDRCThreshold);
+  s.ratio = OpenValue(kLSPDRCRatio);
+  s.attackMs = OpenValue(kLSPDRCAttack);
+  s.releaseMs = OpenValue(kLSPDRCRelease);
+  s.makeupDb = OpenValue(kLSPDRCMakeup);
+  s.kneeDb = OpenValue(kLSPDRCKnee);
+  s.rms = OpenValue(kLSPDRCDetection) == kLSPDRCRms;
+  s.lookAheadMs = OpenValue(kLSPDRCLookAhead);
   return LMakeSource<LSRCCompressor>(input, s);
 }
 

@@ -27,9 +27,10 @@ LSPEqSimple3Band::LSPEqSimple3Band() : LSoundProcessValues(kTable) {}
 LSoundSource LSPEqSimple3Band::OpenSource(LSoundSource& input) {
   const double rate = LFilterRate(input);
   std::vector<LBiquad> bands;
-  if (double db = OpenValue(kLSP3BandLow); db != 0.0) bands.push_back(LBiquad::LowShelf(rate, kLSP3BandLowHz, kShelfQ, db));
-  if (double db = OpenValue(kLSP3BandMid); db != 0.0) bands.push_back(LBiquad::Bell(rate, kLSP3BandMidHz, kMidQ, db));
-  if (double db = OpenValue(kLSP3BandHigh); db != 0.0)
-    bands.push_back(LBiquad::HighShelf(rate, kLSP3BandHighHz, kShelfQ, db));
+  // A flat knob costs nothing.
+  const double low = OpenValue(kLSP3BandLow), mid = OpenValue(kLSP3BandMid), high = OpenValue(kLSP3BandHigh);
+  if (low != 0.0) bands.push_back(LBiquad::LowShelf(rate, kLSP3BandLowHz, kShelfQ, low));
+  if (mid != 0.0) bands.push_back(LBiquad::Bell(rate, kLSP3BandMidHz, kMidQ, mid));
+  if (high != 0.0) bands.push_back(LBiquad::HighShelf(rate, kLSP3BandHighHz, kShelfQ, high));
   return LMakeSource<LSRCFilter>(input, std::move(bands));
 }
