@@ -228,6 +228,30 @@ TEST_F(EditCommandsTest, CancellingAnyJobOfABandEditLeavesTheDocumentAndTheCache
   EXPECT_EQ(StateOf(file), before);
 }
 
+TEST_F(EditCommandsTest, TheJobOnlyRendersAndTheSpliceAndBookmarksComeAfterIt) {
+  SVFileGUI* window = NewDocument(StaircaseList(3000, 1));
+  SVFile& file = *window->File();
+  file.AddBookmark("b", 2500);
+  file.Selection() = SVSelection{1000, 2000, 0, 0, 0};
+  const std::vector<SegmentShape> before = ShapeOf(file.CutList());
+  std::vector<SegmentShape> seenAfterJob;
+  long long bookmarkAfterJob = -1;
+  frontEnd_.afterJob = [&] {
+    seenAfterJob = ShapeOf(file.CutList());
+    bookmarkAfterJob = file.Bookmarks().front().position;
+  };
+  LambdaProcess half(file.CutList(), file.Selection(), [](LProcessInterface&, LCutListAudio& piece) {
+    piece.EfDelete(0, piece.GetLength() / 2);
+    return 0;
+  });
+  ASSERT_EQ(SVEditCommands::Run(window, half), 0);
+  frontEnd_.afterJob = nullptr;
+  EXPECT_EQ(seenAfterJob, before) << "a job that may run on a worker thread must not change the document";
+  EXPECT_EQ(bookmarkAfterJob, 2500);
+  EXPECT_EQ(file.CutList().GetLength(), 2500);
+  EXPECT_EQ(file.Bookmarks().front().position, 2000);
+}
+
 TEST_F(EditCommandsTest, AnInvalidSelectionLeavesNoUndoEntry) {
   SVFileGUI* window = NewDocument(StaircaseList(1000, 1));
   SVFile& file = *window->File();
