@@ -52,14 +52,15 @@ int Commit(SVFileGUI* window) {
 }
 
 int RunSteps(SVFileGUI* window, SVEfCutListProcess& effect, SVEditScope scope, bool channelEdit,
-             const Step& prepare, const Step& finish) {
+             const Step& prepare, const Step& finish, const char* label = nullptr) {
   if (!CanEdit(window)) return kLProcessFailed;
   SVFile& file = *window->File();
   if (&effect.CutList() != &file.CutList() || &effect.Selection() != &file.Selection()) return kLProcessFailed;
 
   const bool modified = file.IsModified();
   const bool changed = file.IsChanged();
-  if (!SVCoreUtils::StartModifyFile(window, effect.GetEffectName(), channelEdit)) return kLProcessCancelled;
+  if (!label) label = effect.GetEffectName();
+  if (!SVCoreUtils::StartModifyFile(window, label, channelEdit)) return kLProcessCancelled;
   const SVSelection before = file.Selection();
   const std::uint32_t rate = file.CutList().GetSampleRate();
   const std::uint8_t channels = file.CutList().GetChannels();
@@ -67,7 +68,7 @@ int RunSteps(SVFileGUI* window, SVEfCutListProcess& effect, SVEditScope scope, b
   if (prepare) prepare(file);
 
   SVFrontEnd& view = window->Manager().FrontEnd();
-  const int result = view.RunProcess(effect.GetEffectName(), [&effect](LProcessInterface& process) {
+  const int result = view.RunProcess(label, [&effect](LProcessInterface& process) {
     return static_cast<LProcessResult>(effect.Render(process));
   });
   if (result != kLProcessSuccess) {
@@ -99,8 +100,9 @@ void CursorToSelectionEnd(SVFile& file) { file.CursorSet(file.Selection().end); 
 
 }  // namespace
 
-int SVEditCommands::Run(SVFileGUI* window, SVEfCutListProcess& effect, SVEditScope scope, bool channelEdit) {
-  return RunSteps(window, effect, scope, channelEdit, nullptr, nullptr);
+int SVEditCommands::Run(SVFileGUI* window, SVEfCutListProcess& effect, SVEditScope scope, bool channelEdit,
+                        const char* label) {
+  return RunSteps(window, effect, scope, channelEdit, nullptr, nullptr, label);
 }
 
 int SVEditCommands::Change(SVFileGUI* window, const char* label, const std::function<void(SVFile&)>& change) {

@@ -40,9 +40,11 @@ class SVEditCommands {
 public:
   // Runs effect, which must be made over the window's document (its CutList()
   // and Selection()). channelEdit: the edit may work on the window's chosen
-  // channel alone (see SVCoreUtils::StartModifyFile).
+  // channel alone (see SVCoreUtils::StartModifyFile). label: the undo
+  // description and progress title; null for the effect's own name.
   [[nodiscard]] static int Run(SVFileGUI* window, SVEfCutListProcess& effect,
-                               SVEditScope scope = SVEditScope::kSelectionOrWhole, bool channelEdit = true);
+                               SVEditScope scope = SVEditScope::kSelectionOrWhole, bool channelEdit = true,
+                               const char* label = nullptr);
 
   // An edit that renders nothing: change runs on the document between the start
   // and the commit of the modification and moves the bookmarks itself.

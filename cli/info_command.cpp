@@ -5,6 +5,7 @@
 
 #include "cli/audio_io.h"
 #include "cli/command_args.h"
+#include "app/frame_time.h"
 #include "cli/command_line.h"
 
 namespace {
@@ -86,7 +87,7 @@ int RunInfoCommand(const std::vector<std::string>& args) {
                   "\"frames\": %lld, \"duration\": %s, \"streaming\": %s, \"tags\": {",
                   first ? "" : ",", JsonString(path).c_str(), JsonString(format).c_str(),
                   JsonString(info.codecName).c_str(), rate, source.GetChannels(), frames,
-                  JsonString(FramesTimeText(frames, rate)).c_str(), source.IsStreaming() ? "true" : "false");
+                  JsonString(SVFramesTimeText(frames, rate)).c_str(), source.IsStreaming() ? "true" : "false");
       bool firstTag = true;
       for (const auto& tag : info.tags) {
         if (IsMarkerKey(tag.key)) continue;
@@ -102,12 +103,12 @@ int RunInfoCommand(const std::vector<std::string>& args) {
       std::printf("  Abtastrate:   %u Hz\n", rate);
       std::printf("  Kanäle:       %u\n", source.GetChannels());
       std::printf("  Frames:       %lld%s\n", frames, source.IsStreaming() ? " (wird noch geschrieben)" : "");
-      std::printf("  Dauer:        %s\n", FramesTimeText(frames, rate).c_str());
+      std::printf("  Dauer:        %s\n", SVFramesTimeText(frames, rate).c_str());
       for (const auto& tag : info.tags) {
         if (!IsMarkerKey(tag.key)) std::printf("  Tag:          %s = %s\n", tag.key.c_str(), tag.value.c_str());
       }
       for (std::uint64_t m : markers) {
-        std::printf("  Marke:        %s (%llu)\n", FramesTimeText(static_cast<long long>(m), rate).c_str(),
+        std::printf("  Marke:        %s (%llu)\n", SVFramesTimeText(static_cast<long long>(m), rate).c_str(),
                     static_cast<unsigned long long>(m));
       }
     }
