@@ -7,6 +7,8 @@
 #include <memory>
 
 #include "app/core_utils.h"
+#include "app/paste_source.h"
+#include "app/undo_commands.h"
 #include "app/cut_list_render.h"
 #include "app/dc_offset_correction.h"
 #include "app/edit_commands.h"
@@ -342,7 +344,7 @@ SVCommandResult SVCommandDispatcher::Edit(const SVCommandInfo& info, const SVCom
       return EditRange(edit, info.label);
     }
     case kSVCmdPaste: {
-      const LCutListAudio clip = SVCoreUtils::GetAudioFromClipboard(main_.FrontEnd(), main_.SystemClipboard());
+      const LCutListAudio clip = SVPasteSource::GetAudioFromClipboard(main_.FrontEnd(), main_.SystemClipboard());
       if (clip.GetLength() == 0) return Failed("Die Zwischenablage enthält kein Audio.");
       return EditResult(SVEditCommands::InsertClip(window, clip, info.label), info.label);
     }
@@ -489,11 +491,11 @@ SVCommandResult SVCommandDispatcher::History(int id) {
   SVFile& file = *window->File();
   switch (id) {
     case kSVCmdUndo:
-      return SVCoreUtils::CmUndo(window) ? Done() : Failed("Es gibt nichts rückgängig zu machen.");
+      return SVUndoCommands::CmUndo(window) ? Done() : Failed("Es gibt nichts rückgängig zu machen.");
     case kSVCmdRedo:
-      return SVCoreUtils::CmRedo(window) ? Done() : Failed("Es gibt nichts zu wiederholen.");
+      return SVUndoCommands::CmRedo(window) ? Done() : Failed("Es gibt nichts zu wiederholen.");
     case kSVCmdRevert:
-      return SVCoreUtils::CmUndoSave(window) ? Done() : Failed(kSVRevertUnavailableText);
+      return SVUndoCommands::CmUndoSave(window) ? Done() : Failed(kSVRevertUnavailableText);
     default:
       break;
   }

@@ -41,27 +41,19 @@ bool IsMarkerKey(const std::string& key) { return key.rfind("marker_", 0) == 0; 
 }  // namespace
 
 int RunInfoCommand(const std::vector<std::string>& args) {
-  bool json = false;
+  CommandOptions parsed;
+  if (!ParseOptions(args, "info", "--json --raw-in=", &parsed)) return kCommandFailed;
+  const bool json = parsed.Has("--json");
   std::optional<LRawSettings> raw;
-  std::vector<std::string> files;
-  for (size_t i = 0; i < args.size(); ++i) {
-    const std::string& a = args[i];
-    if (a == "--json") {
-      json = true;
-    } else if (a == "--raw-in") {
-      LRawSettings settings;
-      if (i + 1 >= args.size() || !ParseRawSettings(args[++i], &settings)) {
-        PrintError("--raw-in erwartet RATE,KANÄLE,CODE, zum Beispiel 8000,1,1.");
-        return kCommandFailed;
-      }
-      raw = settings;
-    } else if (a.size() > 1 && a[0] == '-') {
-      PrintError("Unbekannte Option \"" + a + "\" für info.");
+  if (parsed.Has("--raw-in")) {
+    LRawSettings settings;
+    if (!ParseRawSettings(parsed.Value("--raw-in"), &settings)) {
+      PrintError("--raw-in erwartet RATE,KANÄLE,CODE, zum Beispiel 8000,1,1.");
       return kCommandFailed;
-    } else {
-      files.push_back(a);
     }
+    raw = settings;
   }
+  const std::vector<std::string>& files = parsed.words;
   if (files.empty()) {
     PrintError("info erwartet mindestens eine Datei.");
     return kCommandFailed;

@@ -8,6 +8,7 @@
 #include <functional>
 
 #include "app/core_utils.h"
+#include "app/undo_commands.h"
 #include "app/edit_commands.h"
 #include "app/ef_gain.h"
 #include "app/ef_reverse.h"
@@ -70,7 +71,7 @@ TEST_F(EditCommandsTest, EveryCommandCommitsUnderItsLabelAndIsUndoneExactly) {
     EXPECT_EQ(frontEnd_.processTitles.back(), command.label);
     EXPECT_NE(std::get<1>(StateOf(file)), std::get<1>(before));
 
-    ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+    ASSERT_TRUE(SVUndoCommands::CmUndo(window));
     EXPECT_EQ(StateOf(file), before);
     Dialog().Windows().FileWindowClose(window);
   }
@@ -224,7 +225,7 @@ TEST_F(EditCommandsTest, CancellingAnyJobOfABandEditLeavesTheDocumentAndTheCache
   EXPECT_GT(checks, 6) << "the job asks between the blocks of every render";
   EXPECT_EQ(CacheAudioFiles(), files + 1);
   frontEnd_.cancelAfterChecks = -1;
-  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+  ASSERT_TRUE(SVUndoCommands::CmUndo(window));
   EXPECT_EQ(StateOf(file), before);
 }
 
