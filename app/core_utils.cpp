@@ -112,12 +112,3 @@ void SVCoreUtils::RollBackModifyFile(SVFileGUI* window) {
   view.Refresh(window);
   window->Manager().UndoMenuUpdate();
 }
-
-bool SVCoreUtils::StartModifyCurrentFile(SVWindowManager& manager, const char* description, bool channelEdit) {
-  return StartModifyFile(manager.CurrentFileWindow(), description, channelEdit);
-}
-
-bool SVCoreUtils::EndModifyCurrentFile(SVWindowManager& manager) { return EndModifyFile(manager.CurrentFileWindow()); }
-
-void SVCoreUtils::CancelModifyCurrentFile(SVWindowManager& manager) { CancelModifyFile(manager.CurrentFileWindow()); }
-

@@ -44,10 +44,4 @@ public:
   // committed: exactly the state before StartModifyFile returns, its snapshot
   // is dropped, and the entries before it stay for Undo.
   static void RollBackModifyFile(SVFileGUI* window);
-
-  // The same on the manager's current window.
-  [[nodiscard]] static bool StartModifyCurrentFile(SVWindowManager& manager, const char* description,
-                                                   bool channelEdit = true);
-  [[nodiscard]] static bool EndModifyCurrentFile(SVWindowManager& manager);
-  static void CancelModifyCurrentFile(SVWindowManager& manager);
 };

@@ -10,6 +10,7 @@
 #include "app/ef_insert_cut_list.h"
 #include "app/ef_insert_silence.h"
 #include "app/file.h"
+#include "app/file_modifier.h"
 #include "app/main_dialog.h"
 
 namespace {
@@ -107,9 +108,15 @@ int SVEditCommands::Run(SVFileGUI* window, SVEfCutListProcess& effect, SVEditSco
 
 int SVEditCommands::Change(SVFileGUI* window, const char* label, const std::function<void(SVFile&)>& change) {
   if (!CanEdit(window)) return kLProcessFailed;
-  if (!SVCoreUtils::StartModifyFile(window, label, false)) return kLProcessCancelled;
-  change(*window->File());
-  return Commit(window);
+  bool committed = false;
+  {
+    LFileModifier modifier(window);
+    if (!modifier.Start(label, false)) return kLProcessCancelled;
+    change(*window->File());
+    committed = modifier.Commit();
+  }
+  window->Manager().UndoMenuUpdate();
+  return committed ? kLProcessSuccess : kLProcessCancelled;
 }
 
 int SVEditCommands::InsertClip(SVFileGUI* window, const LCutListAudio& clip, const char* label, SVEditScope scope) {

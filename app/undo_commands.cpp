@@ -1,6 +1,7 @@
 #include "app/undo_commands.h"
 
 #include "app/file.h"
+#include "app/window_manager.h"
 
 bool SVUndoCommands::CanUndoOn(const SVFileGUI* window) { return window && window->File() && !window->IsClosing(); }
 
@@ -19,8 +20,6 @@ bool SVUndoCommands::CmUndo(SVFileGUI* window, int command) {
   AfterUndoRedo(window);
   return true;
 }
-
-bool SVUndoCommands::CmUndo(SVWindowManager& manager, int command) { return CmUndo(manager.CurrentFileWindow(), command); }
 
 bool SVUndoCommands::CmRedo(SVFileGUI* window) {
   if (!CanUndoOn(window) || !window->File()->Redo()) return false;

@@ -5,7 +5,6 @@
 // project's regions are re-applied and the menu entries updated. Main thread only.
 #include "app/file_gui.h"
 #include "app/undo_menu.h"
-#include "app/window_manager.h"
 
 // Undo to last save found no saved state that the ring still holds.
 inline constexpr const char* kSVRevertUnavailableText =
@@ -16,7 +15,6 @@ public:
   // Undo (kSVCommandUndo) or Redo (kSVCommandRedo) on the window; false when
   // there is nothing to do, the window has no document or is closing.
   static bool CmUndo(SVFileGUI* window, int command = kSVCommandUndo);
-  static bool CmUndo(SVWindowManager& manager, int command = kSVCommandUndo);
   static bool CmRedo(SVFileGUI* window);
   // Undo to last save; final (neither Undo nor Redo is possible afterwards).
   static bool CmUndoSave(SVFileGUI* window);
