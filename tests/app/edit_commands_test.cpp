@@ -6,11 +6,13 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <memory>
 
 #include "app/core_utils.h"
 #include "app/undo_commands.h"
 #include "app/edit_commands.h"
 #include "app/ef_gain.h"
+#include "app/ef_normalize.h"
 #include "app/ef_reverse.h"
 #include "app/file.h"
 #include "edit_fixture.h"
@@ -197,36 +199,54 @@ TEST_F(EditCommandsTest, FadesAndNormalisingActOnTheWholeDocumentWhenNothingIsSe
   EXPECT_NEAR(DocReadAll(file.CutList()).front(), std::pow(10.0, -6.0 / 20.0), 1e-6);
 }
 
-TEST_F(EditCommandsTest, CancellingAnyJobOfABandEditLeavesTheDocumentAndTheCacheAsTheyWere) {
-  SVFileGUI* window = NewDocument(DocListOf(Tones({{600, 0.3}, {1500, 0.3}}, 24000, 8000), 1, 8000));
-  SVFile& file = *window->File();
-  file.Selection() = SVSelection{4000, 20000, 1000, 2000, 1};
-  const DocumentState before = StateOf(file);
-  const SVUndoMenuState menu = SVUndoMenuStateGet(&file);
-  const unsigned long index = file.UndoIndexCurrent();
-  const int counted = LSoundCache::Instance().CountedItemCount();
-  const int files = CacheAudioFiles();
-  int result = 1;
-  long checks = 0;
-  for (; checks < 200 && result != 0; ++checks) {
-    frontEnd_.cancelAfterChecks = checks;
-    SVEfGain gain(file.CutList(), file.Selection(), 6.0);
-    result = SVEditCommands::Run(window, gain);
-    if (result == 0) break;
-    SCOPED_TRACE(checks);
-    EXPECT_EQ(result, 1);
+TEST_F(EditCommandsTest, CancellingAnyJobOfAnEditLeavesTheDocumentAndTheCacheAsTheyWere) {
+  // A band edit (three renders), a measuring source effect and a cut-list process.
+  struct Sweep {
+    const char* name;
+    std::function<std::unique_ptr<SVEfCutListProcess>(SVFile&)> make;
+    SVSelection selection;
+    long minimumChecks;
+  };
+  const std::vector<Sweep> sweeps = {
+      {"Band", [](SVFile& f) { return std::make_unique<SVEfGain>(f.CutList(), f.Selection(), 6.0); },
+       SVSelection{4000, 20000, 1000, 2000, 1}, 6},
+      {"Normalisieren", [](SVFile& f) { return std::make_unique<SVEfNormalize>(f.CutList(), f.Selection(), -3.0); },
+       SVSelection{1000, 20000, 0, 0, 0}, 4},
+      {"Umkehren", [](SVFile& f) { return std::make_unique<SVEfReverse>(f.CutList(), f.Selection()); },
+       SVSelection{100, 23000, 0, 0, 0}, 2},
+  };
+  for (const Sweep& sweep : sweeps) {
+    SCOPED_TRACE(sweep.name);
+    SVFileGUI* window = NewDocument(DocListOf(Tones({{600, 0.3}, {1500, 0.3}}, 24000, 8000), 1, 8000));
+    SVFile& file = *window->File();
+    file.Selection() = sweep.selection;
+    const DocumentState before = StateOf(file);
+    const SVUndoMenuState menu = SVUndoMenuStateGet(&file);
+    const unsigned long index = file.UndoIndexCurrent();
+    const int counted = LSoundCache::Instance().CountedItemCount();
+    const int files = CacheAudioFiles();
+    int result = 1;
+    long checks = 0;
+    for (; checks < 200 && result != 0; ++checks) {
+      frontEnd_.cancelAfterChecks = checks;
+      const std::unique_ptr<SVEfCutListProcess> edit = sweep.make(file);
+      result = SVEditCommands::Run(window, *edit);
+      if (result == 0) break;
+      SCOPED_TRACE(checks);
+      EXPECT_EQ(result, 1);
+      EXPECT_EQ(StateOf(file), before);
+      EXPECT_EQ(file.UndoIndexCurrent(), index);
+      EXPECT_EQ(SVUndoMenuStateGet(&file), menu);
+      EXPECT_EQ(LSoundCache::Instance().CountedItemCount(), counted);
+      EXPECT_EQ(CacheAudioFiles(), files);
+    }
+    ASSERT_EQ(result, 0);
+    EXPECT_GT(checks, sweep.minimumChecks) << "the job asks between the blocks of every render";
+    EXPECT_EQ(CacheAudioFiles(), files + 1);
+    frontEnd_.cancelAfterChecks = -1;
+    ASSERT_TRUE(SVUndoCommands::CmUndo(window));
     EXPECT_EQ(StateOf(file), before);
-    EXPECT_EQ(file.UndoIndexCurrent(), index);
-    EXPECT_EQ(SVUndoMenuStateGet(&file), menu);
-    EXPECT_EQ(LSoundCache::Instance().CountedItemCount(), counted);
-    EXPECT_EQ(CacheAudioFiles(), files);
   }
-  ASSERT_EQ(result, 0);
-  EXPECT_GT(checks, 6) << "the job asks between the blocks of every render";
-  EXPECT_EQ(CacheAudioFiles(), files + 1);
-  frontEnd_.cancelAfterChecks = -1;
-  ASSERT_TRUE(SVUndoCommands::CmUndo(window));
-  EXPECT_EQ(StateOf(file), before);
 }
 
 TEST_F(EditCommandsTest, TheJobOnlyRendersAndTheSpliceAndBookmarksComeAfterIt) {
