@@ -142,6 +142,7 @@ SVCommandResult SVCommandDispatcher::Dispatch(const SVCommandInfo& info, const S
     case kSVCmdTrim:
     case kSVCmdSilence:
     case kSVCmdRepeat:
+    case kSVCmdInsertFile:
       return Edit(info, args);
     case kSVCmdGenerateTone:
     case kSVCmdGenerateNoise:
@@ -159,6 +160,12 @@ SVCommandResult SVCommandDispatcher::Dispatch(const SVCommandInfo& info, const S
     case kSVCmdJoin:
     case kSVCmdPan:
       return Process(info, args);
+    case kSVCmdChannels: {
+      const double channels = args.numbers.at(0);
+      if (channels < 1 || channels > 16 || channels != std::floor(channels))
+        return Failed("Aufruf: channels KANÄLE (1 bis 16)");
+      return EditResult(SVEditCommands::ConvertChannels(Window(), static_cast<int>(channels)), info.label);
+    }
     case kSVCmdEffect:
       return Effect(args);
     case kSVCmdChain:
@@ -354,6 +361,8 @@ SVCommandResult SVCommandDispatcher::Edit(const SVCommandInfo& info, const SVCom
     }
     case kSVCmdTrim:
       return EditResult(SVEditCommands::Trim(window), info.label);
+    case kSVCmdInsertFile:
+      return EditResult(SVEditCommands::InsertFile(window, args.texts.at(0).c_str()), info.label);
     case kSVCmdSilence:
       if (args.times.at(0) <= 0) return Failed("Die Länge muss größer als 0 sein.");
       return EditResult(SVEditCommands::InsertSilence(window, args.times[0]), info.label);

@@ -4,6 +4,8 @@
 #include <iterator>
 
 #include "app/edit_commands.h"
+#include "app/ef_convert_channels.h"
+#include "app/ef_insert_cut_list.h"
 #include "app/mark_commands.h"
 
 namespace {
@@ -50,6 +52,7 @@ const SVCommandInfo kTable[] = {
     {kSVCmdGenerateNoise, "generate noise", "Rauschen erzeugen", kEditing, C::kCursor, kDoc,
      {{A::kTime, "LÄNGE"}, {A::kNumber, "DB", true}}},
     {kSVCmdGenerateSilence, "generate silence", "Stille erzeugen", kEditing, C::kCursor, kDoc, {{A::kTime, "LÄNGE"}}},
+    {kSVCmdInsertFile, "insert", kSVInsertFileLabel, kEditing, C::kSelection, kDoc, {{A::kText, "PFAD"}}},
     {kSVCmdReverse, "reverse", "Umkehren", kProcesses, C::kSelection, kDoc, {}},
     {kSVCmdAmplify, "amplify", "Verstärken", kProcesses, C::kSelection, kDoc, {{A::kNumber, "DB"}}},
     {kSVCmdNormalize, "normalize", "Normalisieren", kProcesses, C::kSelection, kDoc, {{A::kNumber, "DB", true}}},
@@ -61,6 +64,7 @@ const SVCommandInfo kTable[] = {
     {kSVCmdInvert, "invert", "Kanal invertieren", kProcesses, C::kSelection, kDoc, {}},
     {kSVCmdJoin, "join", "Kanäle zusammenführen", kProcesses, C::kSelection, kStereo, {}},
     {kSVCmdPan, "pan", "Stereoschwenk", kProcesses, C::kSelection, kStereo, {{A::kNumber, "WERT"}}},
+    {kSVCmdChannels, "channels", kSVConvertChannelsLabel, kProcesses, C::kDocument, kDoc, {{A::kNumber, "KANÄLE"}}},
     {kSVCmdEffect, "effect", "Effekt", kEffects, C::kSelection, kDoc,
      {{A::kText, "NAME"}, {A::kTexts, "PARAMETER=WERT", true}}},
     {kSVCmdChain, "chain", "Effektkette", kEffects, C::kSelection, kDoc, {{A::kText, "DATEI.ecf"}}},

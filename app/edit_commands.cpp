@@ -4,9 +4,7 @@
 
 #include "app/core_utils.h"
 #include "app/cut_list_load.h"
-#include "app/ef_auto_trim.h"
 #include "app/ef_convert_channels.h"
-#include "app/ef_envelope.h"
 #include "app/ef_insert_cut_list.h"
 #include "app/ef_insert_silence.h"
 #include "app/file.h"
@@ -144,27 +142,6 @@ int SVEditCommands::InsertFile(SVFileGUI* window, const char* path) {
   return RunSteps(window, effect, SVEditScope::kReplaceSelection, true, AdoptFormatOf(clip), CursorToSelectionEnd);
 }
 
-int SVEditCommands::FadeIn(SVFileGUI* window) {
-  if (!CanEdit(window)) return kLProcessFailed;
-  SVFile& file = *window->File();
-  SVEfEnvelope effect(file.CutList(), file.Selection(), SVEfEnvelope::FadeIn());
-  return Run(window, effect);
-}
-
-int SVEditCommands::FadeOut(SVFileGUI* window) {
-  if (!CanEdit(window)) return kLProcessFailed;
-  SVFile& file = *window->File();
-  SVEfEnvelope effect(file.CutList(), file.Selection(), SVEfEnvelope::FadeOut());
-  return Run(window, effect);
-}
-
-int SVEditCommands::Normalize(SVFileGUI* window, double targetDb) {
-  if (!CanEdit(window)) return kLProcessFailed;
-  SVFile& file = *window->File();
-  SVEfNormalize effect(file.CutList(), file.Selection(), targetDb);
-  return Run(window, effect);
-}
-
 int SVEditCommands::ConvertChannels(SVFileGUI* window, int channels) {
   if (!CanEdit(window)) return kLProcessFailed;
   SVFile& file = *window->File();
@@ -173,13 +150,6 @@ int SVEditCommands::ConvertChannels(SVFileGUI* window, int channels) {
     f.CutList().SetFormat(f.CutList().GetSampleRate(), static_cast<std::uint8_t>(channels));
   };
   return RunSteps(window, effect, SVEditScope::kWhole, false, nullptr, setFormat);
-}
-
-int SVEditCommands::TrimStartAndEnd(SVFileGUI* window) {
-  if (!CanEdit(window)) return kLProcessFailed;
-  SVFile& file = *window->File();
-  SVEfAutoTrim effect(file.CutList(), file.Selection(), true);
-  return Run(window, effect, SVEditScope::kWhole);
 }
 
 int SVEditCommands::Trim(SVFileGUI* window) {

@@ -18,7 +18,6 @@
 #include <functional>
 
 #include "app/ef_cut_list_process.h"
-#include "app/ef_normalize.h"
 #include "app/file.h"
 #include "app/file_gui.h"
 #include "engine/cut_list_audio.h"
@@ -60,14 +59,8 @@ public:
   [[nodiscard]] static int InsertSilence(SVFileGUI* window, long long frames);
   // The sound file at path, loaded under a progress job, inserted as a clip.
   [[nodiscard]] static int InsertFile(SVFileGUI* window, const char* path);
-  // Linear fades over the selection (the whole document when nothing is selected).
-  [[nodiscard]] static int FadeIn(SVFileGUI* window);
-  [[nodiscard]] static int FadeOut(SVFileGUI* window);
-  [[nodiscard]] static int Normalize(SVFileGUI* window, double targetDb = kSVNormalizeDefaultDb);
   // The whole document to another channel count (never a single channel of it).
   [[nodiscard]] static int ConvertChannels(SVFileGUI* window, int channels);
-  // The silence at the start and the end of the document goes.
-  [[nodiscard]] static int TrimStartAndEnd(SVFileGUI* window);
   // Everything but the selection goes; the cursor goes to the start.
   [[nodiscard]] static int Trim(SVFileGUI* window);
   // The selection (the whole document when nothing is selected) count more times after itself.

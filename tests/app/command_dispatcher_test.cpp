@@ -55,6 +55,8 @@ TEST_F(CommandDispatcherTest, EveryCommandRunsUnderItsLabelAndNeedsWhatTheTableS
       {kSVCmdCursor, {Times({5})}},
       {kSVCmdPaste, {{}, [this] { ASSERT_EQ(Run(kSVCmdCopy).result, kLProcessSuccess); }}},
       {kSVCmdSilence, {Times({100})}},
+      {kSVCmdInsertFile, {Texts({wave})}},
+      {kSVCmdChannels, {Numbers({1})}},
       {kSVCmdRepeat, {Numbers({2})}},
       {kSVCmdGenerateTone, {SVCommandArgs{{100}, {440}, {}, {}}}},
       {kSVCmdGenerateNoise, {Times({100})}},

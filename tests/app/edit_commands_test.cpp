@@ -4,13 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <functional>
 #include <memory>
 
 #include "app/core_utils.h"
 #include "app/undo_commands.h"
 #include "app/edit_commands.h"
+#include "app/ef_auto_trim.h"
 #include "app/ef_gain.h"
 #include "app/ef_normalize.h"
 #include "app/ef_reverse.h"
@@ -23,61 +23,6 @@ namespace {
 using EditCommandsTest = EditTest;
 
 const char* LastLabel(const SVFile& file) { return file.UndoEntry(file.UndoIndexCurrent()).description; }
-
-TEST_F(EditCommandsTest, EveryCommandCommitsUnderItsLabelAndIsUndoneExactly) {
-  struct Command {
-    const char* label;
-    std::function<int(SVFileGUI*)> run;
-    SVSelection selection{2000, 6000, 0, 0, 0};
-  };
-  const std::string wave = WriteStaircaseWave("clip.wav", 3000, 2);
-  const LCutListAudio clip = StaircaseList(2500, 2, 8000);
-  const std::vector<Command> commands = {
-      {"Einfügen", [&](SVFileGUI* w) { return SVEditCommands::InsertClip(w, clip); }},
-      {"Stille einfügen", [](SVFileGUI* w) { return SVEditCommands::InsertSilence(w, 1200); }},
-      {"Datei einfügen", [&](SVFileGUI* w) { return SVEditCommands::InsertFile(w, wave.c_str()); }},
-      {"Hüllkurve", [](SVFileGUI* w) { return SVEditCommands::FadeIn(w); }},
-      {"Hüllkurve", [](SVFileGUI* w) { return SVEditCommands::FadeOut(w); }},
-      {"Normalisieren", [](SVFileGUI* w) { return SVEditCommands::Normalize(w, -1.0); }},
-      {"Kanäle konvertieren", [](SVFileGUI* w) { return SVEditCommands::ConvertChannels(w, 1); }},
-      {"AutoTrimmen", [](SVFileGUI* w) { return SVEditCommands::TrimStartAndEnd(w); }},
-      {"Umkehren",
-       [](SVFileGUI* w) {
-         SVEfReverse reverse(w->File()->CutList(), w->File()->Selection());
-         return SVEditCommands::Run(w, reverse);
-       }},
-      {"Verstärkung",
-       [](SVFileGUI* w) {
-         SVEfGain gain(w->File()->CutList(), w->File()->Selection(), 6.0);
-         return SVEditCommands::Run(w, gain);
-       },
-       SVSelection{1000, 7000, 1000, 2000, 1}},
-  };
-  for (const Command& command : commands) {
-    SCOPED_TRACE(command.label);
-    // Silence at both ends for the trim, audio that the effects can change in between.
-    LCutListAudio list;
-    list.SetFormat(8000, 2);
-    list.EfInsertSilence(0, 500);
-    list.EfInsert(500, PiecewiseStaircase(8000, 2, 2, 8000));
-    list.EfInsertSilence(list.GetLength(), 700);
-    SVFileGUI* window = NewDocument(list);
-    ASSERT_NE(window, nullptr);
-    SVFile& file = *window->File();
-    file.Selection() = command.selection;
-    file.CursorSet(2000);
-    const DocumentState before = StateOf(file);
-
-    ASSERT_EQ(command.run(window), 0);
-    EXPECT_STREQ(LastLabel(file), command.label);
-    EXPECT_EQ(frontEnd_.processTitles.back(), command.label);
-    EXPECT_NE(std::get<1>(StateOf(file)), std::get<1>(before));
-
-    ASSERT_TRUE(SVUndoCommands::CmUndo(window));
-    EXPECT_EQ(StateOf(file), before);
-    Dialog().Windows().FileWindowClose(window);
-  }
-}
 
 TEST_F(EditCommandsTest, AClipOfTheSameFormatGoesInWithoutAudioAndAnotherFormatIsConverted) {
   SVFileGUI* window = NewDocument(StaircaseList(4000, 2));
@@ -161,7 +106,8 @@ TEST_F(EditCommandsTest, BookmarksFollowTheFramesATrimRemovedAtBothEnds) {
   SVFileGUI* window = NewDocument(DocListOf(samples, 1));
   SVFile& file = *window->File();
   for (long long at : {500, 1500, 2999, 3500}) file.AddBookmark(std::to_string(at).c_str(), at);
-  ASSERT_EQ(SVEditCommands::TrimStartAndEnd(window), 0);
+  SVEfAutoTrim trim(file.CutList(), file.Selection(), true);
+  ASSERT_EQ(SVEditCommands::Run(window, trim, SVEditScope::kWhole), 0);
   ASSERT_EQ(file.CutList().GetLength(), 2000);
   std::vector<long long> positions;
   for (const LSVBookmark& b : file.Bookmarks()) positions.push_back(b.position);
@@ -184,19 +130,6 @@ TEST_F(EditCommandsTest, ConvertingChannelsChangesTheWholeDocumentsFormat) {
   ASSERT_EQ(file.CutList().GetChannels(), 3);
   const std::vector<float> three = DocReadAll(file.CutList());
   EXPECT_EQ(DocChannel(three, 3, 2), mono);
-}
-
-TEST_F(EditCommandsTest, FadesAndNormalisingActOnTheWholeDocumentWhenNothingIsSelected) {
-  SVFileGUI* window = NewDocument(DocListOf(std::vector<float>(1001, 0.25f), 1));
-  SVFile& file = *window->File();
-  ASSERT_EQ(SVEditCommands::FadeOut(window), 0);
-  const std::vector<float> faded = DocReadAll(file.CutList());
-  EXPECT_EQ(faded.front(), 0.25f);
-  EXPECT_NEAR(faded[500], 0.125f, 1e-7);
-  EXPECT_EQ(faded.back(), 0.0f);
-  file.Selection() = SVSelection{};
-  ASSERT_EQ(SVEditCommands::Normalize(window, -6.0), 0);
-  EXPECT_NEAR(DocReadAll(file.CutList()).front(), std::pow(10.0, -6.0 / 20.0), 1e-6);
 }
 
 TEST_F(EditCommandsTest, CancellingAnyJobOfAnEditLeavesTheDocumentAndTheCacheAsTheyWere) {
