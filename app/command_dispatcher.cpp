@@ -63,6 +63,18 @@ double NumberOr(const SVCommandArgs& args, std::size_t index, double fallback) {
   return index < args.numbers.size() ? args.numbers[index] : fallback;
 }
 
+// Whether args hold at least the arguments the row requires, of each kind.
+bool ArgumentsComplete(const SVCommandInfo& info, const SVCommandArgs& args) {
+  std::size_t times = 0, numbers = 0, texts = 0;
+  for (const SVArgSpec& spec : info.args) {
+    if (spec.optional) continue;
+    times += spec.kind == SVArgKind::kTime;
+    numbers += spec.kind == SVArgKind::kNumber;
+    texts += spec.kind == SVArgKind::kText || spec.kind == SVArgKind::kTexts;
+  }
+  return args.times.size() >= times && args.numbers.size() >= numbers && args.texts.size() >= texts;
+}
+
 bool SelectionValid(const SVSelection& s) { return s.end >= s.start && !(s.band && s.highFrequency < s.lowFrequency); }
 
 }  // namespace
@@ -105,6 +117,7 @@ bool SVCommandDispatcher::IsEnabled(int id) {
 SVCommandResult SVCommandDispatcher::Run(int id, const SVCommandArgs& args) {
   const SVCommandInfo* info = SVCommandFind(id);
   if (!info) return Failed(Format("Es gibt keinen Befehl Nummer %d.", id));
+  if (!ArgumentsComplete(*info, args)) return Failed("Aufruf: " + SVCommandUsage(*info));
   main_.FrontEnd().LastErrorClear();
   SVFileGUI* window = Window();
   if ((info->needs & kSVNeedDocument) && !window) return Failed(kNoDocument);

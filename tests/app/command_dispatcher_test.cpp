@@ -113,6 +113,8 @@ TEST_F(CommandDispatcherTest, EveryCommandRunsUnderItsLabelAndNeedsWhatTheTableS
     EXPECT_NE(result.message.find("kein Dokument"), std::string::npos) << result.message;
   }
   EXPECT_EQ(Run(1).result, kLProcessFailed);
+  NewDocument(StaircaseList(100, 1));
+  EXPECT_EQ(Run(kSVCmdSelect, Times({10})).message, "Aufruf: select ANFANG ENDE") << "a result, never an exception";
 }
 
 TEST_F(CommandDispatcherTest, CutPasteDeleteAndReverseGiveExactlyTheFramesTheyMustAndUndoExactly) {
