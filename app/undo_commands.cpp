@@ -15,7 +15,7 @@ void SVUndoCommands::AfterUndoRedo(SVFileGUI* window) {
 }
 
 bool SVUndoCommands::CmUndo(SVFileGUI* window, int command) {
-  if (command == kSVCommandRedo) return CmRedo(window);
+  if (command == kSVCmdRedo) return CmRedo(window);
   if (!CanUndoOn(window) || !window->File()->Undo()) return false;
   AfterUndoRedo(window);
   return true;

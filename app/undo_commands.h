@@ -12,9 +12,9 @@ inline constexpr const char* kSVRevertUnavailableText =
 
 class SVUndoCommands {
 public:
-  // Undo (kSVCommandUndo) or Redo (kSVCommandRedo) on the window; false when
+  // Undo (kSVCmdUndo) or Redo (kSVCmdRedo) on the window; false when
   // there is nothing to do, the window has no document or is closing.
-  static bool CmUndo(SVFileGUI* window, int command = kSVCommandUndo);
+  static bool CmUndo(SVFileGUI* window, int command = kSVCmdUndo);
   static bool CmRedo(SVFileGUI* window);
   // Undo to last save; final (neither Undo nor Redo is possible afterwards).
   static bool CmUndoSave(SVFileGUI* window);

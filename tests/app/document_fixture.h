@@ -67,8 +67,6 @@ protected:
   [[nodiscard]] int CacheAudioFiles() const;
 
   MainDialog& Dialog() { return *dialog_; }
-  // Ends the dialog and everything it holds.
-  void DialogEnd() { dialog_.reset(); }
 
   TempFolder temp_;
   std::string cacheFolder_;

@@ -47,7 +47,7 @@ TEST_F(FileUndoTest, LoadEditUndoGivesTheLoadedStateOffersRedoAndANewEditCutsRed
   menu = Dialog().UpdateUndoMenuItem();
   EXPECT_TRUE(menu.undo.enabled);
   EXPECT_EQ(menu.undo.label, "Rückgängig Löschen");
-  EXPECT_EQ(menu.undo.command, kSVCommandUndo);
+  EXPECT_EQ(menu.undo.command, kSVCmdUndo);
   EXPECT_EQ(menu.undo.key, kSVKeyUndo);
   EXPECT_FALSE(menu.redo.enabled);
   EXPECT_EQ(menu.redo.label, "Wiederholen ");
@@ -64,13 +64,13 @@ TEST_F(FileUndoTest, LoadEditUndoGivesTheLoadedStateOffersRedoAndANewEditCutsRed
   EXPECT_EQ(menu.undo.label, "Rückgängig ");
   EXPECT_TRUE(menu.redo.enabled);
   EXPECT_EQ(menu.redo.label, "Wiederholen Löschen");
-  EXPECT_EQ(menu.redo.command, kSVCommandRedo);
+  EXPECT_EQ(menu.redo.command, kSVCmdRedo);
   EXPECT_EQ(menu.redo.key, kSVKeyRedo);
 
   EXPECT_FALSE(SVUndoCommands::CmUndo(window)) << "nothing before the base";
   EXPECT_EQ(DocReadAll(file.CutList()), loaded);
 
-  ASSERT_TRUE(SVUndoCommands::CmUndo(window, kSVCommandRedo));
+  ASSERT_TRUE(SVUndoCommands::CmUndo(window, kSVCmdRedo));
   EXPECT_EQ(file.CutList().GetLength(), 900);
   EXPECT_TRUE(file.IsModified());
   EXPECT_EQ(frontEnd_.notifications.back(), kSVNotifyModified);
