@@ -153,6 +153,7 @@ TEST_F(EditCommandsTest, CancellingAnyJobOfAnEditLeavesTheDocumentAndTheCacheAsT
     SVFileGUI* window = NewDocument(DocListOf(Tones({{600, 0.3}, {1500, 0.3}}, 24000, 8000), 1, 8000));
     SVFile& file = *window->File();
     file.Selection() = sweep.selection;
+    file.SetFileClean();  // a cancel must not leave it marked modified
     const DocumentState before = StateOf(file);
     const SVUndoMenuState menu = SVUndoMenuStateGet(&file);
     const unsigned long index = file.UndoIndexCurrent();
