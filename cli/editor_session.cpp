@@ -64,3 +64,8 @@ void EditorSession::WarnUnsaved() {
     std::fprintf(stderr, "Warnung: Die Änderungen an %s wurden nicht gespeichert und gehen verloren.\n", titles.c_str());
   }
 }
+
+const char* EditorSession::HelpText() {
+  static const std::string text = SVCommandHelpText();
+  return text.c_str();
+}

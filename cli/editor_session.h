@@ -34,7 +34,7 @@ public:
   [[nodiscard]] SVFile* Current();
   [[nodiscard]] SVWindowManager& Manager() { return main_.Windows(); }
   // The short help text of the command language.
-  [[nodiscard]] static std::string HelpText() { return SVCommandHelpText(); }
+  [[nodiscard]] static const char* HelpText();
 
 private:
   TerminalFrontEnd frontEnd_;

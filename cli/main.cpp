@@ -55,7 +55,7 @@ int main(int argc, char** argv) {
   if (command == "hilfe" || command == "help" || command == "--help" || command == "-h") {
     PrintUsage(stdout);
     std::fputs("\n", stdout);
-    std::fputs(EditorSession::HelpText().c_str(), stdout);
+    std::fputs(EditorSession::HelpText(), stdout);
     return kCommandOK;
   }
   PrintError("Unbekannter Befehl \"" + command + "\". \"sonvale hilfe\" zeigt die Befehle.");
