@@ -77,6 +77,7 @@ int RunSteps(SVFileGUI* window, SVEfCutListProcess& effect, SVEditScope scope, b
     SVCoreUtils::CancelModifyFile(window);
     file.ModifiedSet(modified);
     file.ChangedSet(changed);
+    if (!modified) view.Notify(window, kSVNotifyClean);
     window->Manager().UndoMenuUpdate();
     return result;
   }

@@ -173,6 +173,7 @@ TEST_F(EditCommandsTest, CancellingAnyJobOfAnEditLeavesTheDocumentAndTheCacheAsT
       EXPECT_EQ(SVUndoMenuStateGet(&file), menu);
       EXPECT_EQ(LSoundCache::Instance().CountedItemCount(), counted);
       EXPECT_EQ(CacheAudioFiles(), files);
+      EXPECT_EQ(frontEnd_.notifications.back(), kSVNotifyClean) << "the window is told it is clean again";
     }
     ASSERT_EQ(result, 0);
     EXPECT_GT(checks, sweep.minimumChecks) << "the job asks between the blocks of every render";
