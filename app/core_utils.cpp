@@ -5,60 +5,18 @@
 
 #include "app/app_settings.h"
 #include "app/channel_edit.h"
-#include "app/cut_list_load.h"
-#include "app/cyclic_clipboard.h"
 #include "app/frame_time.h"
-#include "app/temp_file.h"
-#include "app/text_to_speech.h"
 #include "base/disk_space.h"
 #include "base/platform_file.h"
 #include "base/user_settings.h"
 #include "engine/sound_cache.h"
 #include "engine/sound_cache_item.h"
-#include "formats/aiff_file.h"
 
 namespace {
-
-// Name pattern and extension of the speech file of pasted text.
-constexpr const char* kSpeechFilePattern = "0XXXXXX";
-constexpr const char* kSpeechFileExtension = ".wav";
 
 // Free space below which the working folder counts as short: a new cache item
 // needs this much head-room beyond its own size.
 constexpr long long kLowDiskBytes = kLSoundCacheHeadRoomBytes;
-
-// A temporary file that is removed when the scope ends.
-class TempFileGuard {
-public:
-  explicit TempFileGuard(LStringLong path) : path_(std::move(path)) {}
-  ~TempFileGuard() {
-    if (!path_.empty()) LFileDelete(path_.c_str());
-  }
-  TempFileGuard(const TempFileGuard&) = delete;
-  TempFileGuard& operator=(const TempFileGuard&) = delete;
-  const LStringLong& Path() const { return path_; }
-
-private:
-  LStringLong path_;
-};
-
-LCutListAudio SpeechFromText(SVFrontEnd& view, const LStringLong& text) {
-  if (SVTextToSpeechProgram().empty()) {
-    view.Alert(kSVPasteErrorTitle, kSVSpeechMissingText);
-    return LCutListAudio();
-  }
-  TempFileGuard file(SVTempFileCreate(kSpeechFilePattern, kSpeechFileExtension));
-  if (file.Path().empty() || SVTextToSpeechToWaveFile(text.c_str(), file.Path().c_str()) != SVSpeechResult::kDone) {
-    view.Alert(kSVPasteErrorTitle, kSVSpeechFailedText);
-    return LCutListAudio();
-  }
-  LCutListAudio list;
-  if (view.RunProcess(kSVPasteSpeechTitle, [&](LProcessInterface& process) {
-        return SVCutListLoadFile(process, file.Path().c_str(), list, false);
-      }) != kLProcessSuccess)
-    return LCutListAudio();
-  return list;
-}
 
 }  // namespace
 
@@ -153,60 +111,4 @@ void SVCoreUtils::RollBackModifyFile(SVFileGUI* window) {
   view.Notify(window, file.IsModified() ? kSVNotifyModified : kSVNotifyClean);
   view.Refresh(window);
   window->Manager().UndoMenuUpdate();
-}
-
-bool SVCoreUtils::StartModifyCurrentFile(SVWindowManager& manager, const char* description, bool channelEdit) {
-  return StartModifyFile(manager.CurrentFileWindow(), description, channelEdit);
-}
-
-bool SVCoreUtils::EndModifyCurrentFile(SVWindowManager& manager) { return EndModifyFile(manager.CurrentFileWindow()); }
-
-void SVCoreUtils::CancelModifyCurrentFile(SVWindowManager& manager) { CancelModifyFile(manager.CurrentFileWindow()); }
-
-bool SVCoreUtils::CanUndoOn(const SVFileGUI* window) { return window && window->File() && !window->IsClosing(); }
-
-void SVCoreUtils::AfterUndoRedo(SVFileGUI* window) {
-  SVWindowManager& manager = window->Manager();
-  SVFrontEnd& view = manager.FrontEnd();
-  view.Notify(window, window->File()->IsModified() ? kSVNotifyModified : kSVNotifyClean);
-  view.Refresh(window);
-  manager.RegionsApply(true);
-  manager.UndoMenuUpdate();
-}
-
-bool SVCoreUtils::CmUndo(SVFileGUI* window, int command) {
-  if (command == kSVCommandRedo) return CmRedo(window);
-  if (!CanUndoOn(window) || !window->File()->Undo()) return false;
-  AfterUndoRedo(window);
-  return true;
-}
-
-bool SVCoreUtils::CmUndo(SVWindowManager& manager, int command) { return CmUndo(manager.CurrentFileWindow(), command); }
-
-bool SVCoreUtils::CmRedo(SVFileGUI* window) {
-  if (!CanUndoOn(window) || !window->File()->Redo()) return false;
-  AfterUndoRedo(window);
-  return true;
-}
-
-bool SVCoreUtils::CmUndoSave(SVFileGUI* window) {
-  if (!CanUndoOn(window) || !window->File()->UndoLastSave()) return false;
-  AfterUndoRedo(window);
-  return true;
-}
-
-LCutListAudio SVCoreUtils::GetAudioFromClipboard(SVFrontEnd& view, SVSystemClipboard& board) {
-  if (board.HasType(kSVClipboardTypeInternal)) return SVCyclicClipboard::Instance().Last();
-  if (board.HasText()) return SpeechFromText(view, board.TextGet());
-  if (board.HasType(kSVClipboardTypeAiff)) {
-    const LStringLong path = board.DataFileGet(kSVClipboardTypeAiff);
-    LCutListAudio list;
-    if (path.empty() || view.RunProcess(kSVPasteAiffTitle, [&](LProcessInterface& process) {
-                          return SVCutListLoadSource(process, LAiffFile::OpenSource(path.c_str()), path.c_str(),
-                                                     list);
-                        }) != kLProcessSuccess)
-      return LCutListAudio();
-    return list;
-  }
-  return LCutListAudio();
 }

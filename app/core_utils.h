@@ -1,16 +1,11 @@
 #pragma once
-// SVCoreUtils: the document services that commands call: the modification
-// protocol every edit of the audio goes through, Undo, Redo and undo to last
-// save, and what Paste inserts.
-//
-// The protocol: StartModifyFile takes the undo snapshot (labelled with the
-// edit's name) before anything changes; the edit changes the live cut list;
-// EndModifyFile commits, or CancelModifyFile drops the snapshot of an edit that
-// did nothing. LFileModifier (file_modifier.h) rolls back an edit that failed
-// half way. All of it runs on the main thread.
+// SVCoreUtils: the modification protocol every edit of the audio goes through.
+// StartModifyFile takes the undo snapshot (labelled with the edit's name)
+// before anything changes; the edit changes the live cut list; EndModifyFile
+// commits, or CancelModifyFile drops the snapshot of an edit that did nothing.
+// LFileModifier (file_modifier.h) rolls back an edit that failed half way. All
+// of it runs on the main thread.
 #include "app/file_gui.h"
-#include "app/system_clipboard.h"
-#include "app/undo_menu.h"
 #include "app/window_manager.h"
 #include "engine/cut_list_audio.h"
 
@@ -29,19 +24,6 @@ inline constexpr const char* kSVLowDiskText =
     "Die letzte von Ihnen durchgeführte Aktion der Datei \"%s\" kann aufgrund geringem Speicherplatz nicht "
     "gesichert werden. Bitte versuchen Sie die Datei an anderer Stelle zu speichern oder durch Entfernen "
     "unerwünschter Dateien Platz freizugeben und versuchen Sie es erneut.";
-
-// Undo to last save found no saved state that the ring still holds.
-inline constexpr const char* kSVRevertUnavailableText =
-    "Es gibt keinen gespeicherten Stand, zu dem zurückgekehrt werden kann.";
-
-// Progress titles of Paste.
-inline constexpr const char* kSVPasteSpeechTitle = "Laden der Ursprungsaudiodatei";
-inline constexpr const char* kSVPasteAiffTitle = "Audio wird eingefügt...";
-// Paste of text without a speech engine.
-inline constexpr const char* kSVPasteErrorTitle = "Fehler";
-inline constexpr const char* kSVSpeechMissingText =
-    "Der Text kann nicht eingefügt werden: Die Sprachausgabe espeak-ng ist nicht installiert.";
-inline constexpr const char* kSVSpeechFailedText = "Der Text konnte nicht in Sprache umgewandelt werden.";
 
 class SVCoreUtils {
 public:
@@ -62,28 +44,4 @@ public:
   // committed: exactly the state before StartModifyFile returns, its snapshot
   // is dropped, and the entries before it stay for Undo.
   static void RollBackModifyFile(SVFileGUI* window);
-
-  // The same on the manager's current window.
-  [[nodiscard]] static bool StartModifyCurrentFile(SVWindowManager& manager, const char* description,
-                                                   bool channelEdit = true);
-  [[nodiscard]] static bool EndModifyCurrentFile(SVWindowManager& manager);
-  static void CancelModifyCurrentFile(SVWindowManager& manager);
-
-  // Undo (kSVCommandUndo) or Redo (kSVCommandRedo) on the window; false when
-  // there is nothing to do, the window has no document or is closing.
-  static bool CmUndo(SVFileGUI* window, int command = kSVCommandUndo);
-  static bool CmUndo(SVWindowManager& manager, int command = kSVCommandUndo);
-  static bool CmRedo(SVFileGUI* window);
-  // Undo to last save; final (neither Undo nor Redo is possible afterwards).
-  static bool CmUndoSave(SVFileGUI* window);
-
-  // What Paste inserts: the last copied cut list when the clipboard holds our
-  // own type; else text spoken into audio; else AIFF audio of another program;
-  // else an empty cut list. view shows progress and messages.
-  [[nodiscard]] static LCutListAudio GetAudioFromClipboard(SVFrontEnd& view, SVSystemClipboard& board);
-
-private:
-  // Notify, refresh and regions after the live state was replaced from the ring.
-  static void AfterUndoRedo(SVFileGUI* window);
-  static bool CanUndoOn(const SVFileGUI* window);
 };

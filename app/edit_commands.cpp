@@ -4,12 +4,11 @@
 
 #include "app/core_utils.h"
 #include "app/cut_list_load.h"
-#include "app/ef_auto_trim.h"
 #include "app/ef_convert_channels.h"
-#include "app/ef_envelope.h"
 #include "app/ef_insert_cut_list.h"
 #include "app/ef_insert_silence.h"
 #include "app/file.h"
+#include "app/file_modifier.h"
 #include "app/main_dialog.h"
 
 namespace {
@@ -40,13 +39,27 @@ void ScopeApply(SVFile& file, SVEditScope scope) {
   }
 }
 
+int Commit(SVFileGUI* window) {
+  int result = kLProcessSuccess;
+  if (!SVCoreUtils::EndModifyFile(window)) {
+    // The commit was declined after the audio changed: roll back as LFileModifier does.
+    SVCoreUtils::RollBackModifyFile(window);
+    result = kLProcessCancelled;
+  }
+  window->Manager().UndoMenuUpdate();
+  return result;
+}
+
 int RunSteps(SVFileGUI* window, SVEfCutListProcess& effect, SVEditScope scope, bool channelEdit,
-             const Step& prepare, const Step& finish) {
+             const Step& prepare, const Step& finish, const char* label = nullptr) {
   if (!CanEdit(window)) return kLProcessFailed;
   SVFile& file = *window->File();
   if (&effect.CutList() != &file.CutList() || &effect.Selection() != &file.Selection()) return kLProcessFailed;
 
-  if (!SVCoreUtils::StartModifyFile(window, effect.GetEffectName(), channelEdit)) return kLProcessCancelled;
+  const bool modified = file.IsModified();
+  const bool changed = file.IsChanged();
+  if (!label) label = effect.GetEffectName();
+  if (!SVCoreUtils::StartModifyFile(window, label, channelEdit)) return kLProcessCancelled;
   const SVSelection before = file.Selection();
   const std::uint32_t rate = file.CutList().GetSampleRate();
   const std::uint8_t channels = file.CutList().GetChannels();
@@ -54,23 +67,25 @@ int RunSteps(SVFileGUI* window, SVEfCutListProcess& effect, SVEditScope scope, b
   if (prepare) prepare(file);
 
   SVFrontEnd& view = window->Manager().FrontEnd();
-  const LProcessResult result = view.RunProcess(effect.GetEffectName(), [&effect](LProcessInterface& process) {
-    return static_cast<LProcessResult>(effect.ProcessAndInsertCutList(process));
+  const int result = view.RunProcess(label, [&effect](LProcessInterface& process) {
+    return static_cast<LProcessResult>(effect.Render(process));
   });
   if (result != kLProcessSuccess) {
     // The audio was not touched: put back what was set up for it and drop the snapshot.
     file.Selection() = before;
     file.CutList().SetFormat(rate, channels);
     SVCoreUtils::CancelModifyFile(window);
+    file.ModifiedSet(modified);
+    file.ChangedSet(changed);
+    if (!modified) view.Notify(window, kSVNotifyClean);
+    window->Manager().UndoMenuUpdate();
     return result;
   }
+  effect.Splice();
   // Bookmarks follow the audio; those in a part that went are removed.
   for (const SVFrameShift& shift : effect.Shifts()) file.OffsetBookmarks(shift.from, shift.delta);
   if (finish) finish(file);
-  if (SVCoreUtils::EndModifyFile(window)) return kLProcessSuccess;
-  // The commit was declined after the audio changed: roll back as LFileModifier does.
-  SVCoreUtils::RollBackModifyFile(window);
-  return kLProcessCancelled;
+  return Commit(window);
 }
 
 // An empty document takes the format of the audio put into it.
@@ -80,17 +95,34 @@ Step AdoptFormatOf(const LCutListAudio& clip) {
   };
 }
 
+// The cursor goes behind what came in.
+void CursorToSelectionEnd(SVFile& file) { file.CursorSet(file.Selection().end); }
+
 }  // namespace
 
-int SVEditCommands::Run(SVFileGUI* window, SVEfCutListProcess& effect, SVEditScope scope, bool channelEdit) {
-  return RunSteps(window, effect, scope, channelEdit, nullptr, nullptr);
+int SVEditCommands::Run(SVFileGUI* window, SVEfCutListProcess& effect, SVEditScope scope, bool channelEdit,
+                        const char* label) {
+  return RunSteps(window, effect, scope, channelEdit, nullptr, nullptr, label);
 }
 
-int SVEditCommands::InsertClip(SVFileGUI* window, const LCutListAudio& clip) {
+int SVEditCommands::Change(SVFileGUI* window, const char* label, const std::function<void(SVFile&)>& change) {
+  if (!CanEdit(window)) return kLProcessFailed;
+  bool committed = false;
+  {
+    LFileModifier modifier(window);
+    if (!modifier.Start(label, false)) return kLProcessCancelled;
+    change(*window->File());
+    committed = modifier.Commit();
+  }
+  window->Manager().UndoMenuUpdate();
+  return committed ? kLProcessSuccess : kLProcessCancelled;
+}
+
+int SVEditCommands::InsertClip(SVFileGUI* window, const LCutListAudio& clip, const char* label, SVEditScope scope) {
   if (!CanEdit(window)) return kLProcessFailed;
   SVFile& file = *window->File();
-  SVEfInsertCutList effect(file.CutList(), file.Selection(), clip, kSVInsertClipLabel);
-  return RunSteps(window, effect, SVEditScope::kReplaceSelection, true, AdoptFormatOf(clip), nullptr);
+  SVEfInsertCutList effect(file.CutList(), file.Selection(), clip, label ? label : kSVInsertClipLabel);
+  return RunSteps(window, effect, scope, true, AdoptFormatOf(clip), CursorToSelectionEnd);
 }
 
 int SVEditCommands::InsertSilence(SVFileGUI* window, long long frames) {
@@ -108,28 +140,7 @@ int SVEditCommands::InsertFile(SVFileGUI* window, const char* path) {
   if (loaded != kLProcessSuccess) return loaded;
   SVFile& file = *window->File();
   SVEfInsertCutList effect(file.CutList(), file.Selection(), clip, kSVInsertFileLabel);
-  return RunSteps(window, effect, SVEditScope::kReplaceSelection, true, AdoptFormatOf(clip), nullptr);
-}
-
-int SVEditCommands::FadeIn(SVFileGUI* window) {
-  if (!CanEdit(window)) return kLProcessFailed;
-  SVFile& file = *window->File();
-  SVEfEnvelope effect(file.CutList(), file.Selection(), SVEfEnvelope::FadeIn());
-  return Run(window, effect);
-}
-
-int SVEditCommands::FadeOut(SVFileGUI* window) {
-  if (!CanEdit(window)) return kLProcessFailed;
-  SVFile& file = *window->File();
-  SVEfEnvelope effect(file.CutList(), file.Selection(), SVEfEnvelope::FadeOut());
-  return Run(window, effect);
-}
-
-int SVEditCommands::Normalize(SVFileGUI* window, double targetDb) {
-  if (!CanEdit(window)) return kLProcessFailed;
-  SVFile& file = *window->File();
-  SVEfNormalize effect(file.CutList(), file.Selection(), targetDb);
-  return Run(window, effect);
+  return RunSteps(window, effect, SVEditScope::kReplaceSelection, true, AdoptFormatOf(clip), CursorToSelectionEnd);
 }
 
 int SVEditCommands::ConvertChannels(SVFileGUI* window, int channels) {
@@ -142,9 +153,26 @@ int SVEditCommands::ConvertChannels(SVFileGUI* window, int channels) {
   return RunSteps(window, effect, SVEditScope::kWhole, false, nullptr, setFormat);
 }
 
-int SVEditCommands::TrimStartAndEnd(SVFileGUI* window) {
-  if (!CanEdit(window)) return kLProcessFailed;
-  SVFile& file = *window->File();
-  SVEfAutoTrim effect(file.CutList(), file.Selection(), true);
-  return Run(window, effect, SVEditScope::kWhole);
+int SVEditCommands::Trim(SVFileGUI* window) {
+  return Change(window, kSVTrimLabel, [](SVFile& f) {
+    SVSelection& s = f.Selection();
+    if (s.IsEmpty()) return;
+    const long long length = f.CutList().GetLength();
+    f.CutList().EfTrim(s.start, s.end);
+    f.OffsetBookmarks(s.end, -(length - s.end));
+    f.OffsetBookmarks(0, -s.start);
+    f.CursorSet(0);
+    s = SVSelection{0, s.end - s.start};
+  });
+}
+
+int SVEditCommands::Repeat(SVFileGUI* window, unsigned long count) {
+  if (count == 0) return kLProcessFailed;
+  return Change(window, kSVRepeatLabel, [count](SVFile& f) {
+    const SVSelection& s = f.Selection();
+    const long long start = s.IsEmpty() ? 0 : s.start;
+    const long long end = s.IsEmpty() ? f.CutList().GetLength() : s.end;
+    f.CutList().EfRepeatLoop(start, end, count);
+    f.OffsetBookmarks(end, (end - start) * static_cast<long long>(count));
+  });
 }

@@ -6,12 +6,14 @@
 // the new count (SVEditCommands::ConvertChannels does both).
 #include "app/ef_cut_list_process.h"
 
+inline constexpr const char* kSVConvertChannelsLabel = "Kanäle konvertieren";
+
 class SVEfConvertChannels final : public SVEfCutListProcess {
 public:
   SVEfConvertChannels(LCutListAudio& list, SVSelection& selection, int channels)
       : SVEfCutListProcess(list, selection), channels_(channels) {}
 
-  [[nodiscard]] const char* GetEffectName() const override { return "Kanäle konvertieren"; }
+  [[nodiscard]] const char* GetEffectName() const override { return kSVConvertChannelsLabel; }
   // kLProcessFailed when the selection is not the whole list or the count is not 1 ... 255.
   [[nodiscard]] int ProcessCutList(LProcessInterface& process, LCutListAudio& piece) override;
   [[nodiscard]] int Channels() const { return channels_; }

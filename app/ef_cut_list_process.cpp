@@ -25,7 +25,8 @@ LSoundSource OpenBandStopped(const LCutListAudio& list, const SVSelection& selec
 
 }  // namespace
 
-int SVEfCutListProcess::ProcessAndInsertCutList(LProcessInterface& process) {
+int SVEfCutListProcess::Render(LProcessInterface& process) {
+  ready_ = false;
   const SVSelection selection = selection_;
   if (selection.end < selection.start ||
       (selection.band != 0 && selection.highFrequency < selection.lowFrequency))
@@ -47,28 +48,45 @@ int SVEfCutListProcess::ProcessAndInsertCutList(LProcessInterface& process) {
   if (process.IsCancelled()) return kLProcessCancelled;
   pieceShifts_.clear();
   shifts_.clear();
-  const long long pieceLength = piece.GetLength();
+  cutLength_ = piece.GetLength();
   const int result = ProcessCutList(process, piece);
   if (result != 0) return result;
 
+  newLength_ = piece.GetLength();
   if (atPoint || !selection.HasBand()) {
-    list_.EfDelete(selection.start, selection.end);
-    list_.EfInsert(selection.start, piece);
+    result_ = std::move(piece);
   } else {
     LCutListAudio mixed;
     if (MixBandOverRest(process, selection, piece, mixed) != kLProcessSuccess) return kLProcessCancelled;
-    list_.EfDelete(selection.start, selection.end);
-    list_.EfInsert(selection.start, mixed);
+    result_ = std::move(mixed);
   }
-  selection_.end = selection.start + piece.GetLength();
+  rendered_ = selection;
+  ready_ = true;
+  return kLProcessSuccess;
+}
+
+void SVEfCutListProcess::Splice() {
+  if (!ready_) return;
+  ready_ = false;
+  const SVSelection& selection = rendered_;
+  list_.EfDelete(selection.start, selection.end);
+  list_.EfInsert(selection.start, result_);
+  result_ = LCutListAudio();
+  const long long length = newLength_;
+  selection_.end = selection.start + length;
   for (const SVFrameShift& shift : pieceShifts_) shifts_.push_back({selection.start + shift.from, shift.delta});
-  const long long delta = piece.GetLength() - pieceLength;
+  const long long delta = length - cutLength_;
   if (pieceShifts_.empty() && delta != 0) {
     // Frames past the new end of the selection went; the rest moves with the end.
-    const long long end = selection.start + pieceLength;
+    const long long end = selection.start + cutLength_;
     shifts_.push_back({delta > 0 ? end : end + delta, delta});
   }
-  return kLProcessSuccess;
+}
+
+int SVEfCutListProcess::ProcessAndInsertCutList(LProcessInterface& process) {
+  const int result = Render(process);
+  if (result == kLProcessSuccess) Splice();
+  return result;
 }
 
 int SVEfCutListProcess::MixBandOverRest(LProcessInterface& process, const SVSelection& selection,

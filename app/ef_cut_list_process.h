@@ -1,15 +1,16 @@
 #pragma once
-// SVEfCutListProcess: an edit or effect applied to the selection of a document.
-// ProcessAndInsertCutList cuts the selected audio out as a cut list of its own,
-// lets the object transform that piece (ProcessCutList) and splices the result
-// back in place of the selection. Only the selected range of the document's cut
-// list is replaced, and only after all rendering is done, so the audio around
-// it is never rewritten and a cancelled or failed job leaves the document as it
-// was. With a frequency band, the band is processed and laid back over the rest
-// of the selected time, which passes through a band-stop filter.
+// SVEfCutListProcess: an edit or effect applied to the selection of a document,
+// in two steps. Render cuts the selected audio out as a cut list of its own,
+// lets the object transform that piece (ProcessCutList) and, with a frequency
+// band, lays the processed band over the band-stopped rest of the selected
+// time; it only reads the document. Splice then puts the result in place of the
+// selection. The audio around the selection is never rewritten, and a cancelled
+// or failed render leaves the document as it was.
 //
-// Runs on the main thread inside a progress job, between the start and the end
-// of the modification protocol (core_utils.h, file_modifier.h).
+// Threads: Render may run on a worker thread inside a progress job, while the
+// main thread leaves the document's cut list and selection alone; Splice runs
+// on the main thread, between the start and the end of the modification
+// protocol (core_utils.h).
 #include "app/selection.h"
 #include "base/array.h"
 #include "base/process_interface.h"
@@ -44,15 +45,19 @@ public:
   // Transforms piece in place: 0 on success, else non-zero with piece as it was.
   [[nodiscard]] virtual int ProcessCutList(LProcessInterface& process, LCutListAudio& piece) = 0;
 
-  // 0 on success, the selection then ending where the new audio ends;
+  // The new audio for the selection, kept for Splice: 0 on success;
   // kSVEfResultInvalidSelection with nothing done; otherwise the non-zero result
-  // of ProcessCutList, or 1 when the band was not laid back, with the document
-  // as it was.
+  // of ProcessCutList, or 1 when the band was not laid back. Never changes the document.
+  [[nodiscard]] int Render(LProcessInterface& process);
+  // After a successful Render: the rendered audio replaces the selection as it
+  // was when rendered, and the selection ends where the new audio ends.
+  void Splice();
+  // Render, then Splice on success; answers Render's result.
   [[nodiscard]] int ProcessAndInsertCutList(LProcessInterface& process);
 
   [[nodiscard]] LCutListAudio& CutList() const { return list_; }
   [[nodiscard]] SVSelection& Selection() const { return selection_; }
-  // After a successful ProcessAndInsertCutList: how the positions of the
+  // After Splice: how the positions of the
   // document moved, to be applied in order (bookmarks follow them). Unless the
   // effect says where it removed or added frames, the length change counts as
   // made at the end of the selection.
@@ -70,6 +75,13 @@ private:
 
   LCutListAudio& list_;
   SVSelection& selection_;
+  // What Render made: the selection it read, the lengths it cut out and made
+  // (the band's mix aside), and what replaces the selection.
+  SVSelection rendered_;
+  long long cutLength_ = 0;
+  long long newLength_ = 0;
+  LCutListAudio result_;
+  bool ready_ = false;
   LArray<SVFrameShift> pieceShifts_;
   LArray<SVFrameShift> shifts_;
 };

@@ -142,7 +142,7 @@ public:
 
   // Outside changes. After a load or save: records the file's modification time
   // as both the recorded and the last seen time (0 when the file cannot be
-  // examined), unless the setting switches the check off; true when recorded.
+  // examined), unless the setting "FileModAlert" is "0"; true when recorded.
   bool FileTimeModifiedUpdate();
   // On activation: true once for each outside change of the file.
   [[nodiscard]] bool TestForFileModifications();
@@ -155,7 +155,7 @@ private:
   // Replays the region change of the step entry index names: taken back
   // (undo) or made again.
   void RegionStepReplay(unsigned long index, bool undo);
-  // Copies the live state into entry index (steps 2 and 3 of a snapshot).
+  // Copies the live state into entry index, an empty selection collapsed to the cursor.
   void LiveToEntry(unsigned long index);
 
   // Live state.

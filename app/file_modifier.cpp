@@ -4,7 +4,6 @@
 
 bool LFileModifier::Start(const char* description, bool channelEdit) {
   if (started_) return true;
-  if (manager_) window_ = manager_->CurrentFileWindow();
   started_ = SVCoreUtils::StartModifyFile(window_, description, channelEdit);
   return started_;
 }

@@ -9,14 +9,10 @@
 //   ... change the cut list, return on failure ...
 //   modifier.Commit();
 #include "app/file_gui.h"
-#include "app/window_manager.h"
 
 class LFileModifier {
 public:
-  // Edits window.
   explicit LFileModifier(SVFileGUI* window) : window_(window) {}
-  // Edits the current window of manager (looked up at Start).
-  explicit LFileModifier(SVWindowManager& manager) : manager_(&manager) {}
   ~LFileModifier();
   LFileModifier(const LFileModifier&) = delete;
   LFileModifier& operator=(const LFileModifier&) = delete;
@@ -32,7 +28,6 @@ public:
   [[nodiscard]] SVFileGUI* Window() const { return window_; }
 
 private:
-  SVWindowManager* manager_ = nullptr;
   SVFileGUI* window_ = nullptr;
   bool started_ = false;
   bool committed_ = false;

@@ -8,6 +8,7 @@
 // All calls come on the main thread. RunProcess may run the job on another
 // thread but returns only when the job has ended.
 #include <functional>
+#include <utility>
 
 #include "app/region.h"
 #include "base/array.h"
@@ -18,7 +19,7 @@ class SVFileGUI;
 struct SVUndoMenuState;
 
 // Notifications to a file window: its document became modified, or clean.
-// Numbered as in command dispatch; keep them.
+// The numbers are those of the window messages; keep them.
 inline constexpr int kSVNotifyModified = 132;
 inline constexpr int kSVNotifyClean = 133;
 
@@ -52,6 +53,17 @@ public:
   }
   // The recent-files menu holds these paths, newest first.
   virtual void RecentFilesShow(const LArray<LStringLong>& paths) { (void)paths; }
+
+  // The message of the last job that failed with one; commands clear it before they run.
+  [[nodiscard]] const LStringLong& LastError() const { return lastError_; }
+  void LastErrorClear() { lastError_.clear(); }
+
+protected:
+  // For RunProcess: a job failed with this message.
+  void LastErrorSet(LStringLong text) { lastError_ = std::move(text); }
+
+private:
+  LStringLong lastError_;
 };
 
 // Shows nothing: questions get a preset answer, jobs run with a quiet progress

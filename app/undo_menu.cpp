@@ -16,9 +16,9 @@ LStringLong Label(const char* format, const char* description) {
 
 SVUndoMenuState SVUndoMenuStateGet(const SVFile* file) {
   SVUndoMenuState state;
-  state.undo.command = kSVCommandUndo;
+  state.undo.command = kSVCmdUndo;
   state.undo.key = kSVKeyUndo;
-  state.redo.command = kSVCommandRedo;
+  state.redo.command = kSVCmdRedo;
   state.redo.key = kSVKeyRedo;
   const unsigned long current = file ? file->UndoIndexCurrent() : 0;
   state.undo.enabled = file && file->IsUndoAvailable();

@@ -1,14 +1,13 @@
 #pragma once
 // The Undo and Redo entries of the menu and toolbar as data: labels, tips and
 // enabled states that a front end shows (SVFrontEnd::UndoMenuShow).
+#include "app/command_table.h"
 #include "base/string_long.h"
 
 class SVFile;
 
-// Command ids and their menu keys ('Z' with the menu modifier, Redo adding
-// Shift, as toolkit key values). Used by menus and saved toolbars; keep them.
-inline constexpr int kSVCommandUndo = 9401;
-inline constexpr int kSVCommandRedo = 9402;
+// The menu keys of Undo and Redo (kSVCmdUndo, kSVCmdRedo): 'Z' with the menu
+// modifier, Redo adding Shift, as toolkit key values. Saved with shortcuts; keep them.
 inline constexpr int kSVKeyUndo = 0x1005A;
 inline constexpr int kSVKeyRedo = 0x3005A;
 

@@ -76,42 +76,26 @@ int RunOne(const std::string& input, const std::vector<std::string>& commands, c
 }  // namespace
 
 int RunBatchCommand(const std::vector<std::string>& args) {
-  std::vector<std::string> files, commands;
-  std::string out, to;
+  CommandOptions parsed;
+  if (!ParseOptions(args, "batch", "-j= -e= --chain= --to= --out= --shard=", &parsed)) return kCommandFailed;
+  const std::vector<std::string>& files = parsed.words;
+  const std::string out = parsed.Value("--out"), to = parsed.Value("--to");
+  std::vector<std::string> commands;
   double jobs = 1;
   long shardIndex = 1, shardCount = 1;
-  for (std::size_t i = 0; i < args.size(); ++i) {
-    const std::string& a = args[i];
-    const bool takesValue = a == "-j" || a == "-e" || a == "--chain" || a == "--to" || a == "--out" || a == "--shard";
-    if (takesValue && i + 1 >= args.size()) {
-      PrintError(a + " erwartet einen Wert.");
-      return kCommandFailed;
-    }
-    if (a == "-j") {
-      if (!ParseNumber(args[++i], &jobs) || jobs < 1 || jobs > 64) {
-        PrintError("-j erwartet 1 bis 64 gleichzeitige Dateien.");
-        return kCommandFailed;
-      }
-    } else if (a == "-e") {
-      commands.push_back(args[++i]);
-    } else if (a == "--chain") {
-      commands.push_back("chain \"" + args[++i] + "\"");
-    } else if (a == "--to") {
-      to = args[++i];
-    } else if (a == "--out") {
-      out = args[++i];
-    } else if (a == "--shard") {
-      if (std::sscanf(args[++i].c_str(), "%ld/%ld", &shardIndex, &shardCount) != 2 || shardCount < 1 ||
-          shardIndex < 1 || shardIndex > shardCount) {
-        PrintError("--shard erwartet K/N mit 1 ≤ K ≤ N, zum Beispiel 2/4.");
-        return kCommandFailed;
-      }
-    } else if (a.size() > 1 && a[0] == '-') {
-      PrintError("Unbekannte Option \"" + a + "\" für batch.");
-      return kCommandFailed;
-    } else {
-      files.push_back(a);
-    }
+  for (const auto& [name, value] : parsed.options) {
+    if (name == "-e") commands.push_back(value);
+    if (name == "--chain") commands.push_back("chain \"" + value + "\"");
+  }
+  if (parsed.Has("-j") && (!ParseNumber(parsed.Value("-j"), &jobs) || jobs < 1 || jobs > 64)) {
+    PrintError("-j erwartet 1 bis 64 gleichzeitige Dateien.");
+    return kCommandFailed;
+  }
+  if (parsed.Has("--shard") &&
+      (std::sscanf(parsed.Value("--shard").c_str(), "%ld/%ld", &shardIndex, &shardCount) != 2 || shardCount < 1 ||
+       shardIndex < 1 || shardIndex > shardCount)) {
+    PrintError("--shard erwartet K/N mit 1 ≤ K ≤ N, zum Beispiel 2/4.");
+    return kCommandFailed;
   }
   if (out.empty() || !LFolderExists(out.c_str())) {
     PrintError("batch braucht mit --out einen vorhandenen Zielordner.");

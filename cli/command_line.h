@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "app/command_dispatcher.h"
+
 using CommandWords = std::vector<std::string>;
 
 // Splits a line into commands and each command into words; "#" outside quotes
@@ -14,8 +16,12 @@ using CommandWords = std::vector<std::string>;
 // LSoundTime::IsValid accepts ("1:02.5", "90"), turned into frames at rate.
 [[nodiscard]] bool ParseTimeToFrames(const std::string& text, unsigned rate, long long* frames);
 
-// A frame position as H:MM:SS.mmm at rate.
-[[nodiscard]] std::string FramesTimeText(long long frames, unsigned rate);
+// Finds the command the words name in the command table (the longest match,
+// so "select all" is not "select") and reads its arguments: times in frames at
+// rate, numbers, words, and the options the command takes. False with a German
+// message naming how the command is called.
+[[nodiscard]] bool ParseCommandWords(const CommandWords& words, unsigned rate, int* id, SVCommandArgs* args,
+                                     std::string* error);
 
 // Reads a decimal number (a comma works as the decimal point, as Germans write it).
 [[nodiscard]] bool ParseNumber(const std::string& text, double* value);

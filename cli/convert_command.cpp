@@ -10,47 +10,29 @@
 #include "cli/terminal_progress.h"
 
 int RunConvertCommand(const std::vector<std::string>& args) {
+  CommandOptions parsed;
+  if (!ParseOptions(args, "convert", "--to= --quality= --dither --raw-in= --raw= --rate= --channels=", &parsed))
+    return kCommandFailed;
   std::optional<LRawSettings> rawIn;
   std::optional<LRawSettings> rawOut;
-  std::string to, quality;
-  bool dither = false;
+  const std::string to = parsed.Value("--to"), quality = parsed.Value("--quality");
+  const bool dither = parsed.Has("--dither");
   double rate = 0, channels = 0;
-  std::vector<std::string> files;
-  for (size_t i = 0; i < args.size(); ++i) {
-    const std::string& a = args[i];
-    const bool takesValue = a == "--to" || a == "--quality" || a == "--raw-in" || a == "--raw" || a == "--rate" || a == "--channels";
-    if (takesValue && i + 1 >= args.size()) {
-      PrintError(a + " erwartet einen Wert.");
-      return kCommandFailed;
-    }
-    if (a == "--to") {
-      to = args[++i];
-    } else if (a == "--quality") {
-      quality = args[++i];
-    } else if (a == "--dither") {
-      dither = true;
-    } else if (a == "--raw-in" || a == "--raw") {
+  const std::vector<std::string>& files = parsed.words;
+  for (const auto& [name, value] : parsed.options) {
+    if (name == "--raw-in" || name == "--raw") {
       LRawSettings settings;
-      if (!ParseRawSettings(args[++i], &settings)) {
-        PrintError(a + " erwartet RATE,KANÄLE,CODE, zum Beispiel 8000,1,1.");
+      if (!ParseRawSettings(value, &settings)) {
+        PrintError(name + " erwartet RATE,KANÄLE,CODE, zum Beispiel 8000,1,1.");
         return kCommandFailed;
       }
-      (a == "--raw" ? rawOut : rawIn) = settings;
-    } else if (a == "--rate") {
-      if (!ParseNumber(args[++i], &rate) || rate < 1000 || rate > 768000) {
-        PrintError("--rate erwartet eine Abtastrate von 1000 bis 768000 Hz.");
-        return kCommandFailed;
-      }
-    } else if (a == "--channels") {
-      if (!ParseNumber(args[++i], &channels) || channels < 1 || channels > 16) {
-        PrintError("--channels erwartet 1 bis 16 Kanäle.");
-        return kCommandFailed;
-      }
-    } else if (a.size() > 1 && a[0] == '-') {
-      PrintError("Unbekannte Option \"" + a + "\" für convert.");
+      (name == "--raw" ? rawOut : rawIn) = settings;
+    } else if (name == "--rate" && (!ParseNumber(value, &rate) || rate < 1000 || rate > 768000)) {
+      PrintError("--rate erwartet eine Abtastrate von 1000 bis 768000 Hz.");
       return kCommandFailed;
-    } else {
-      files.push_back(a);
+    } else if (name == "--channels" && (!ParseNumber(value, &channels) || channels < 1 || channels > 16)) {
+      PrintError("--channels erwartet 1 bis 16 Kanäle.");
+      return kCommandFailed;
     }
   }
   if (files.size() != 2) {

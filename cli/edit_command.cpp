@@ -74,36 +74,19 @@ int RunLines(EditorSession& session, std::istream& in, const std::string& source
 }  // namespace
 
 int RunEditCommand(const std::vector<std::string>& args) {
-  std::vector<std::string> files;
-  std::vector<std::pair<char, std::string>> steps;  // 'e' command, 'f' script, in the given order
-  std::string out, to;
-  for (size_t i = 0; i < args.size(); ++i) {
-    const std::string& a = args[i];
-    if ((a == "-e" || a == "-f" || a == "-o" || a == "--to") && i + 1 >= args.size()) {
-      PrintError(a + " erwartet einen Wert.");
-      return kCommandFailed;
-    }
-    if (a == "-e" || a == "-f") {
-      steps.emplace_back(a[1], args[++i]);
-    } else if (a == "-o") {
-      out = args[++i];
-    } else if (a == "--to") {
-      to = args[++i];
-    } else if (a.size() > 1 && a[0] == '-') {
-      PrintError("Unbekannte Option \"" + a + "\" für edit.");
-      return kCommandFailed;
-    } else {
-      files.push_back(a);
-    }
-  }
+  CommandOptions parsed;
+  if (!ParseOptions(args, "edit", "-e= -f= -o= --to=", &parsed)) return kCommandFailed;
+  const std::string out = parsed.Value("-o"), to = parsed.Value("--to");
   EditorSession session(false);
-  for (const std::string& f : files) {
+  for (const std::string& f : parsed.words) {
     int status = session.OpenDocument(f);
     if (status != kCommandOK) return status;
   }
-  for (const auto& [kind, text] : steps) {
+  // Commands and scripts run in the order given.
+  for (const auto& [kind, text] : parsed.options) {
+    if (kind != "-e" && kind != "-f") continue;
     int status = kCommandOK;
-    if (kind == 'e') {
+    if (kind == "-e") {
       status = session.ExecuteLine(text);
     } else {
       std::ifstream script(text);

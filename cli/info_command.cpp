@@ -5,6 +5,7 @@
 
 #include "cli/audio_io.h"
 #include "cli/command_args.h"
+#include "app/frame_time.h"
 #include "cli/command_line.h"
 
 namespace {
@@ -40,27 +41,19 @@ bool IsMarkerKey(const std::string& key) { return key.rfind("marker_", 0) == 0; 
 }  // namespace
 
 int RunInfoCommand(const std::vector<std::string>& args) {
-  bool json = false;
+  CommandOptions parsed;
+  if (!ParseOptions(args, "info", "--json --raw-in=", &parsed)) return kCommandFailed;
+  const bool json = parsed.Has("--json");
   std::optional<LRawSettings> raw;
-  std::vector<std::string> files;
-  for (size_t i = 0; i < args.size(); ++i) {
-    const std::string& a = args[i];
-    if (a == "--json") {
-      json = true;
-    } else if (a == "--raw-in") {
-      LRawSettings settings;
-      if (i + 1 >= args.size() || !ParseRawSettings(args[++i], &settings)) {
-        PrintError("--raw-in erwartet RATE,KANÄLE,CODE, zum Beispiel 8000,1,1.");
-        return kCommandFailed;
-      }
-      raw = settings;
-    } else if (a.size() > 1 && a[0] == '-') {
-      PrintError("Unbekannte Option \"" + a + "\" für info.");
+  if (parsed.Has("--raw-in")) {
+    LRawSettings settings;
+    if (!ParseRawSettings(parsed.Value("--raw-in"), &settings)) {
+      PrintError("--raw-in erwartet RATE,KANÄLE,CODE, zum Beispiel 8000,1,1.");
       return kCommandFailed;
-    } else {
-      files.push_back(a);
     }
+    raw = settings;
   }
+  const std::vector<std::string>& files = parsed.words;
   if (files.empty()) {
     PrintError("info erwartet mindestens eine Datei.");
     return kCommandFailed;
@@ -86,7 +79,7 @@ int RunInfoCommand(const std::vector<std::string>& args) {
                   "\"frames\": %lld, \"duration\": %s, \"streaming\": %s, \"tags\": {",
                   first ? "" : ",", JsonString(path).c_str(), JsonString(format).c_str(),
                   JsonString(info.codecName).c_str(), rate, source.GetChannels(), frames,
-                  JsonString(FramesTimeText(frames, rate)).c_str(), source.IsStreaming() ? "true" : "false");
+                  JsonString(SVFramesTimeText(frames, rate)).c_str(), source.IsStreaming() ? "true" : "false");
       bool firstTag = true;
       for (const auto& tag : info.tags) {
         if (IsMarkerKey(tag.key)) continue;
@@ -102,12 +95,12 @@ int RunInfoCommand(const std::vector<std::string>& args) {
       std::printf("  Abtastrate:   %u Hz\n", rate);
       std::printf("  Kanäle:       %u\n", source.GetChannels());
       std::printf("  Frames:       %lld%s\n", frames, source.IsStreaming() ? " (wird noch geschrieben)" : "");
-      std::printf("  Dauer:        %s\n", FramesTimeText(frames, rate).c_str());
+      std::printf("  Dauer:        %s\n", SVFramesTimeText(frames, rate).c_str());
       for (const auto& tag : info.tags) {
         if (!IsMarkerKey(tag.key)) std::printf("  Tag:          %s = %s\n", tag.key.c_str(), tag.value.c_str());
       }
       for (std::uint64_t m : markers) {
-        std::printf("  Marke:        %s (%llu)\n", FramesTimeText(static_cast<long long>(m), rate).c_str(),
+        std::printf("  Marke:        %s (%llu)\n", SVFramesTimeText(static_cast<long long>(m), rate).c_str(),
                     static_cast<unsigned long long>(m));
       }
     }

@@ -34,6 +34,6 @@ LProcessResult TerminalFrontEnd::RunProcess(const char* title, const SVProcessJo
   if (title) progress.SetStatus(title, 0);
   LProcessResult result = job(progress);
   progress.Finish();
-  if (result == kLProcessFailed && !progress.Error().empty()) lastError_ = progress.Error();
+  if (result == kLProcessFailed && !progress.Error().empty()) LastErrorSet(progress.Error());
   return result;
 }

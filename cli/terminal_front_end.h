@@ -18,12 +18,7 @@ public:
   void StartPlayback(SVFileGUI*) override {}
   LProcessResult RunProcess(const char* title, const SVProcessJob& job) override;
 
-  // The message of the last job that failed (empty when it gave none).
-  const std::string& LastError() const { return lastError_; }
-  void LastErrorClear() { lastError_.clear(); }
-
 private:
   bool interactive_;
   bool quietProgress_;
-  std::string lastError_;
 };

@@ -7,6 +7,7 @@
 
 #include "app/clipboard.h"
 #include "app/core_utils.h"
+#include "app/paste_source.h"
 #include "app/cyclic_clipboard.h"
 #include "app/text_to_speech.h"
 #include "document_fixture.h"
@@ -58,7 +59,7 @@ TEST_F(ClipboardTest, PasteOfOurOwnCopyTakesTheLastListWithoutCopyingAudio) {
   EXPECT_TRUE(board_.HasType(kSVClipboardTypeAiff));
   EXPECT_EQ(board_.RenderCount(), 0) << "the AIFF is only promised";
 
-  const LCutListAudio pasted = SVCoreUtils::GetAudioFromClipboard(frontEnd_, board_);
+  const LCutListAudio pasted = SVPasteSource::GetAudioFromClipboard(frontEnd_, board_);
   EXPECT_EQ(DocReadAll(pasted), DocReadAll(part));
   EXPECT_EQ(pasted.Segments().front().ItemNumber(), list.Segments().front().ItemNumber());
   EXPECT_EQ(CacheAudioFiles(), 1);
@@ -119,7 +120,7 @@ TEST_F(ClipboardTest, PasteReadsAiffThatAnotherProgramCopied) {
   }
   board_.DeclareTypes({kSVClipboardTypeAiff}, nullptr);
   ASSERT_TRUE(board_.DataFileSet(kSVClipboardTypeAiff, path.c_str()));
-  const LCutListAudio pasted = SVCoreUtils::GetAudioFromClipboard(frontEnd_, board_);
+  const LCutListAudio pasted = SVPasteSource::GetAudioFromClipboard(frontEnd_, board_);
   EXPECT_EQ(frontEnd_.processTitles.back(), "Audio wird eingefügt...");
   EXPECT_EQ(pasted.GetSampleRate(), 8000u);
   EXPECT_EQ(DocReadAll(pasted), ramp);
@@ -128,7 +129,7 @@ TEST_F(ClipboardTest, PasteReadsAiffThatAnotherProgramCopied) {
 TEST_F(ClipboardTest, PasteOfTextSpeaksIt) {
   if (SVTextToSpeechProgram().empty()) GTEST_SKIP() << "espeak-ng is not installed";
   board_.TextPut("Hallo Welt");
-  const LCutListAudio pasted = SVCoreUtils::GetAudioFromClipboard(frontEnd_, board_);
+  const LCutListAudio pasted = SVPasteSource::GetAudioFromClipboard(frontEnd_, board_);
   EXPECT_TRUE(frontEnd_.alerts.empty());
   EXPECT_EQ(frontEnd_.processTitles.back(), "Laden der Ursprungsaudiodatei");
   EXPECT_GT(pasted.GetLength(), pasted.GetSampleRate() / 4) << "speech of a quarter second or more";
@@ -140,14 +141,14 @@ TEST_F(ClipboardTest, PasteOfTextSpeaksIt) {
 }
 
 TEST_F(ClipboardTest, PasteOfTextWithoutASpeechEngineSaysSoAndPasteOfAnythingElseGivesNothing) {
-  EXPECT_TRUE(SVCoreUtils::GetAudioFromClipboard(frontEnd_, board_).IsEmpty());
+  EXPECT_TRUE(SVPasteSource::GetAudioFromClipboard(frontEnd_, board_).IsEmpty());
   board_.DeclareTypes({"public.png"}, nullptr);
-  EXPECT_TRUE(SVCoreUtils::GetAudioFromClipboard(frontEnd_, board_).IsEmpty());
+  EXPECT_TRUE(SVPasteSource::GetAudioFromClipboard(frontEnd_, board_).IsEmpty());
   EXPECT_TRUE(frontEnd_.alerts.empty());
 
   SVTextToSpeechProgramSet(temp_.File("kein-espeak-ng").c_str());
   board_.TextPut("Hallo");
-  EXPECT_TRUE(SVCoreUtils::GetAudioFromClipboard(frontEnd_, board_).IsEmpty());
+  EXPECT_TRUE(SVPasteSource::GetAudioFromClipboard(frontEnd_, board_).IsEmpty());
   ASSERT_EQ(frontEnd_.alerts.size(), 1u);
   EXPECT_EQ(frontEnd_.alerts[0].second, kSVSpeechMissingText);
   EXPECT_EQ(FilesIn(tempFiles_), 0);

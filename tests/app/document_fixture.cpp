@@ -20,6 +20,8 @@ LProcessResult RecordingFrontEnd::RunProcess(const char* title, const SVProcessJ
   if (cancelAfterChecks >= 0) process.CancelAfterChecks(cancelAfterChecks);
   LProcessResult result = job(process);
   lastError = process.Error();
+  if (result == kLProcessFailed && !lastError.empty()) LastErrorSet(lastError);
+  if (afterJob) afterJob();
   return result;
 }
 

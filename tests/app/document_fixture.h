@@ -5,6 +5,7 @@
 // it; and audio built in code (a staircase, so a misplaced frame names itself).
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -41,6 +42,7 @@ public:
 
   int answer = 0;               // what Ask answers
   long cancelAfterChecks = -1;  // >= 0: jobs are cancelled after this many checks
+  std::function<void()> afterJob;  // called when a job has ended, before RunProcess returns
   std::vector<int> notifications;
   int refreshes = 0;
   std::vector<Question> questions;
@@ -65,8 +67,6 @@ protected:
   [[nodiscard]] int CacheAudioFiles() const;
 
   MainDialog& Dialog() { return *dialog_; }
-  // Ends the dialog and everything it holds.
-  void DialogEnd() { dialog_.reset(); }
 
   TempFolder temp_;
   std::string cacheFolder_;

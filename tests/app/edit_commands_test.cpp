@@ -4,12 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <functional>
+#include <memory>
 
 #include "app/core_utils.h"
+#include "app/undo_commands.h"
 #include "app/edit_commands.h"
+#include "app/ef_auto_trim.h"
 #include "app/ef_gain.h"
+#include "app/ef_normalize.h"
 #include "app/ef_reverse.h"
 #include "app/file.h"
 #include "edit_fixture.h"
@@ -20,61 +23,6 @@ namespace {
 using EditCommandsTest = EditTest;
 
 const char* LastLabel(const SVFile& file) { return file.UndoEntry(file.UndoIndexCurrent()).description; }
-
-TEST_F(EditCommandsTest, EveryCommandCommitsUnderItsLabelAndIsUndoneExactly) {
-  struct Command {
-    const char* label;
-    std::function<int(SVFileGUI*)> run;
-    SVSelection selection{2000, 6000, 0, 0, 0};
-  };
-  const std::string wave = WriteStaircaseWave("clip.wav", 3000, 2);
-  const LCutListAudio clip = StaircaseList(2500, 2, 8000);
-  const std::vector<Command> commands = {
-      {"Einfügen", [&](SVFileGUI* w) { return SVEditCommands::InsertClip(w, clip); }},
-      {"Stille einfügen", [](SVFileGUI* w) { return SVEditCommands::InsertSilence(w, 1200); }},
-      {"Datei einfügen", [&](SVFileGUI* w) { return SVEditCommands::InsertFile(w, wave.c_str()); }},
-      {"Hüllkurve", [](SVFileGUI* w) { return SVEditCommands::FadeIn(w); }},
-      {"Hüllkurve", [](SVFileGUI* w) { return SVEditCommands::FadeOut(w); }},
-      {"Normalisieren", [](SVFileGUI* w) { return SVEditCommands::Normalize(w, -1.0); }},
-      {"Kanäle konvertieren", [](SVFileGUI* w) { return SVEditCommands::ConvertChannels(w, 1); }},
-      {"AutoTrimmen", [](SVFileGUI* w) { return SVEditCommands::TrimStartAndEnd(w); }},
-      {"Umkehren",
-       [](SVFileGUI* w) {
-         SVEfReverse reverse(w->File()->CutList(), w->File()->Selection());
-         return SVEditCommands::Run(w, reverse);
-       }},
-      {"Verstärkung",
-       [](SVFileGUI* w) {
-         SVEfGain gain(w->File()->CutList(), w->File()->Selection(), 6.0);
-         return SVEditCommands::Run(w, gain);
-       },
-       SVSelection{1000, 7000, 1000, 2000, 1}},
-  };
-  for (const Command& command : commands) {
-    SCOPED_TRACE(command.label);
-    // Silence at both ends for the trim, audio that the effects can change in between.
-    LCutListAudio list;
-    list.SetFormat(8000, 2);
-    list.EfInsertSilence(0, 500);
-    list.EfInsert(500, PiecewiseStaircase(8000, 2, 2, 8000));
-    list.EfInsertSilence(list.GetLength(), 700);
-    SVFileGUI* window = NewDocument(list);
-    ASSERT_NE(window, nullptr);
-    SVFile& file = *window->File();
-    file.Selection() = command.selection;
-    file.CursorSet(2000);
-    const DocumentState before = StateOf(file);
-
-    ASSERT_EQ(command.run(window), 0);
-    EXPECT_STREQ(LastLabel(file), command.label);
-    EXPECT_EQ(frontEnd_.processTitles.back(), command.label);
-    EXPECT_NE(std::get<1>(StateOf(file)), std::get<1>(before));
-
-    ASSERT_TRUE(SVCoreUtils::CmUndo(window));
-    EXPECT_EQ(StateOf(file), before);
-    Dialog().Windows().FileWindowClose(window);
-  }
-}
 
 TEST_F(EditCommandsTest, AClipOfTheSameFormatGoesInWithoutAudioAndAnotherFormatIsConverted) {
   SVFileGUI* window = NewDocument(StaircaseList(4000, 2));
@@ -158,7 +106,8 @@ TEST_F(EditCommandsTest, BookmarksFollowTheFramesATrimRemovedAtBothEnds) {
   SVFileGUI* window = NewDocument(DocListOf(samples, 1));
   SVFile& file = *window->File();
   for (long long at : {500, 1500, 2999, 3500}) file.AddBookmark(std::to_string(at).c_str(), at);
-  ASSERT_EQ(SVEditCommands::TrimStartAndEnd(window), 0);
+  SVEfAutoTrim trim(file.CutList(), file.Selection(), true);
+  ASSERT_EQ(SVEditCommands::Run(window, trim, SVEditScope::kWhole), 0);
   ASSERT_EQ(file.CutList().GetLength(), 2000);
   std::vector<long long> positions;
   for (const LSVBookmark& b : file.Bookmarks()) positions.push_back(b.position);
@@ -183,49 +132,80 @@ TEST_F(EditCommandsTest, ConvertingChannelsChangesTheWholeDocumentsFormat) {
   EXPECT_EQ(DocChannel(three, 3, 2), mono);
 }
 
-TEST_F(EditCommandsTest, FadesAndNormalisingActOnTheWholeDocumentWhenNothingIsSelected) {
-  SVFileGUI* window = NewDocument(DocListOf(std::vector<float>(1001, 0.25f), 1));
-  SVFile& file = *window->File();
-  ASSERT_EQ(SVEditCommands::FadeOut(window), 0);
-  const std::vector<float> faded = DocReadAll(file.CutList());
-  EXPECT_EQ(faded.front(), 0.25f);
-  EXPECT_NEAR(faded[500], 0.125f, 1e-7);
-  EXPECT_EQ(faded.back(), 0.0f);
-  file.Selection() = SVSelection{};
-  ASSERT_EQ(SVEditCommands::Normalize(window, -6.0), 0);
-  EXPECT_NEAR(DocReadAll(file.CutList()).front(), std::pow(10.0, -6.0 / 20.0), 1e-6);
+TEST_F(EditCommandsTest, CancellingAnyJobOfAnEditLeavesTheDocumentAndTheCacheAsTheyWere) {
+  // A band edit (three renders), a measuring source effect and a cut-list process.
+  struct Sweep {
+    const char* name;
+    std::function<std::unique_ptr<SVEfCutListProcess>(SVFile&)> make;
+    SVSelection selection;
+    long minimumChecks;
+  };
+  const std::vector<Sweep> sweeps = {
+      {"Band", [](SVFile& f) { return std::make_unique<SVEfGain>(f.CutList(), f.Selection(), 6.0); },
+       SVSelection{4000, 20000, 1000, 2000, 1}, 6},
+      {"Normalisieren", [](SVFile& f) { return std::make_unique<SVEfNormalize>(f.CutList(), f.Selection(), -3.0); },
+       SVSelection{1000, 20000, 0, 0, 0}, 4},
+      {"Umkehren", [](SVFile& f) { return std::make_unique<SVEfReverse>(f.CutList(), f.Selection()); },
+       SVSelection{100, 23000, 0, 0, 0}, 2},
+  };
+  for (const Sweep& sweep : sweeps) {
+    SCOPED_TRACE(sweep.name);
+    SVFileGUI* window = NewDocument(DocListOf(Tones({{600, 0.3}, {1500, 0.3}}, 24000, 8000), 1, 8000));
+    SVFile& file = *window->File();
+    file.Selection() = sweep.selection;
+    file.SetFileClean();  // a cancel must not leave it marked modified
+    const DocumentState before = StateOf(file);
+    const SVUndoMenuState menu = SVUndoMenuStateGet(&file);
+    const unsigned long index = file.UndoIndexCurrent();
+    const int counted = LSoundCache::Instance().CountedItemCount();
+    const int files = CacheAudioFiles();
+    int result = 1;
+    long checks = 0;
+    for (; checks < 200 && result != 0; ++checks) {
+      frontEnd_.cancelAfterChecks = checks;
+      const std::unique_ptr<SVEfCutListProcess> edit = sweep.make(file);
+      result = SVEditCommands::Run(window, *edit);
+      if (result == 0) break;
+      SCOPED_TRACE(checks);
+      EXPECT_EQ(result, 1);
+      EXPECT_EQ(StateOf(file), before);
+      EXPECT_EQ(file.UndoIndexCurrent(), index);
+      EXPECT_EQ(SVUndoMenuStateGet(&file), menu);
+      EXPECT_EQ(LSoundCache::Instance().CountedItemCount(), counted);
+      EXPECT_EQ(CacheAudioFiles(), files);
+      EXPECT_EQ(frontEnd_.notifications.back(), kSVNotifyClean) << "the window is told it is clean again";
+    }
+    ASSERT_EQ(result, 0);
+    EXPECT_GT(checks, sweep.minimumChecks) << "the job asks between the blocks of every render";
+    EXPECT_EQ(CacheAudioFiles(), files + 1);
+    frontEnd_.cancelAfterChecks = -1;
+    ASSERT_TRUE(SVUndoCommands::CmUndo(window));
+    EXPECT_EQ(StateOf(file), before);
+  }
 }
 
-TEST_F(EditCommandsTest, CancellingAnyJobOfABandEditLeavesTheDocumentAndTheCacheAsTheyWere) {
-  SVFileGUI* window = NewDocument(DocListOf(Tones({{600, 0.3}, {1500, 0.3}}, 24000, 8000), 1, 8000));
+TEST_F(EditCommandsTest, TheJobOnlyRendersAndTheSpliceAndBookmarksComeAfterIt) {
+  SVFileGUI* window = NewDocument(StaircaseList(3000, 1));
   SVFile& file = *window->File();
-  file.Selection() = SVSelection{4000, 20000, 1000, 2000, 1};
-  const DocumentState before = StateOf(file);
-  const SVUndoMenuState menu = SVUndoMenuStateGet(&file);
-  const unsigned long index = file.UndoIndexCurrent();
-  const int counted = LSoundCache::Instance().CountedItemCount();
-  const int files = CacheAudioFiles();
-  int result = 1;
-  long checks = 0;
-  for (; checks < 200 && result != 0; ++checks) {
-    frontEnd_.cancelAfterChecks = checks;
-    SVEfGain gain(file.CutList(), file.Selection(), 6.0);
-    result = SVEditCommands::Run(window, gain);
-    if (result == 0) break;
-    SCOPED_TRACE(checks);
-    EXPECT_EQ(result, 1);
-    EXPECT_EQ(StateOf(file), before);
-    EXPECT_EQ(file.UndoIndexCurrent(), index);
-    EXPECT_EQ(SVUndoMenuStateGet(&file), menu);
-    EXPECT_EQ(LSoundCache::Instance().CountedItemCount(), counted);
-    EXPECT_EQ(CacheAudioFiles(), files);
-  }
-  ASSERT_EQ(result, 0);
-  EXPECT_GT(checks, 6) << "the job asks between the blocks of every render";
-  EXPECT_EQ(CacheAudioFiles(), files + 1);
-  frontEnd_.cancelAfterChecks = -1;
-  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
-  EXPECT_EQ(StateOf(file), before);
+  file.AddBookmark("b", 2500);
+  file.Selection() = SVSelection{1000, 2000, 0, 0, 0};
+  const std::vector<SegmentShape> before = ShapeOf(file.CutList());
+  std::vector<SegmentShape> seenAfterJob;
+  long long bookmarkAfterJob = -1;
+  frontEnd_.afterJob = [&] {
+    seenAfterJob = ShapeOf(file.CutList());
+    bookmarkAfterJob = file.Bookmarks().front().position;
+  };
+  LambdaProcess half(file.CutList(), file.Selection(), [](LProcessInterface&, LCutListAudio& piece) {
+    piece.EfDelete(0, piece.GetLength() / 2);
+    return 0;
+  });
+  ASSERT_EQ(SVEditCommands::Run(window, half), 0);
+  frontEnd_.afterJob = nullptr;
+  EXPECT_EQ(seenAfterJob, before) << "a job that may run on a worker thread must not change the document";
+  EXPECT_EQ(bookmarkAfterJob, 2500);
+  EXPECT_EQ(file.CutList().GetLength(), 2500);
+  EXPECT_EQ(file.Bookmarks().front().position, 2000);
 }
 
 TEST_F(EditCommandsTest, AnInvalidSelectionLeavesNoUndoEntry) {

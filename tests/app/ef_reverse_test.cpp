@@ -39,22 +39,6 @@ TEST_F(EfReverseTest, TheSelectionIsReadBackwardsFrameByFrameAcrossSegments) {
   EXPECT_EQ(CacheAudioFiles(), 5);
 }
 
-TEST_F(EfReverseTest, ACancelledReverseLeavesTheDocumentAndTheCacheAsTheyWere) {
-  LCutListAudio list = PiecewiseStaircase(40000, 2, 2);
-  const auto shape = ShapeOf(list);
-  const int counted = LSoundCache::Instance().CountedItemCount();
-  for (long checks : {0L, 1L, 3L}) {
-    SVSelection selection{100, 39000, 0, 0, 0};
-    SVEfReverse reverse(list, selection);
-    LProcessInterfaceQuiet process;
-    process.CancelAfterChecks(checks);
-    EXPECT_NE(reverse.ProcessAndInsertCutList(process), 0);
-    EXPECT_EQ(ShapeOf(list), shape);
-    EXPECT_EQ(LSoundCache::Instance().CountedItemCount(), counted);
-    EXPECT_EQ(CacheAudioFiles(), 2);
-  }
-}
-
 // Reads through the piece's source but reports an error from the second read on.
 class FailingSource final : public LSoundSourceBase {
 public:

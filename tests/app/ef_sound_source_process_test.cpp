@@ -86,28 +86,6 @@ TEST_F(EfSoundSourceProcessTest, ASourceOfAnotherChannelCountFailsWithTheDocumen
   EXPECT_EQ(CacheAudioFiles(), 1);
 }
 
-TEST_F(EfSoundSourceProcessTest, CancellingAtAnyPointLeavesTheDocumentAndTheCacheAsTheyWere) {
-  LCutListAudio list = PiecewiseStaircase(40000, 2, 2);
-  const auto shape = ShapeOf(list);
-  const int counted = LSoundCache::Instance().CountedItemCount();
-  int result = 1;
-  long checks = 0;
-  for (; checks < 100; ++checks) {
-    SVSelection selection{1000, 39000, 0, 0, 0};
-    SVEfNormalize effect(list, selection, -3.0);
-    LProcessInterfaceQuiet process;
-    process.CancelAfterChecks(checks);
-    result = effect.ProcessAndInsertCutList(process);
-    if (result == 0) break;
-    EXPECT_EQ(result, 1);
-    EXPECT_EQ(ShapeOf(list), shape) << "cancelled after " << checks << " checks";
-    EXPECT_EQ(LSoundCache::Instance().CountedItemCount(), counted);
-    EXPECT_EQ(CacheAudioFiles(), 2);
-  }
-  EXPECT_EQ(result, 0);
-  EXPECT_GT(checks, 8) << "the measuring pass and the render both ask between blocks";
-}
-
 // The channel effects are counted with their samples elsewhere.
 TEST_F(EfSoundSourceProcessTest, EveryEffectAddsExactlyOneCacheItem) {
   using Make = std::function<std::unique_ptr<SVEfCutListProcess>(LCutListAudio&, SVSelection&)>;

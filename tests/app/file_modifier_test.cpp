@@ -4,6 +4,7 @@
 
 #include "app/app_settings.h"
 #include "app/core_utils.h"
+#include "app/undo_commands.h"
 #include "app/file_modifier.h"
 #include "base/disk_space.h"
 #include "base/user_settings.h"
@@ -44,9 +45,9 @@ TEST_F(FileModifierTest, AFailedOrCancelledEditLeavesTheDocumentAndItsMenuAsBefo
   EXPECT_EQ(StateOf(file), before);
   EXPECT_EQ(SVUndoMenuStateGet(&file), menuBefore) << "the edit before keeps its entry; nothing to redo";
   EXPECT_EQ(frontEnd_.notifications.back(), kSVNotifyModified);
-  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+  ASSERT_TRUE(SVUndoCommands::CmUndo(window));
   EXPECT_TRUE(file.Bookmarks().empty()) << "Undo still goes back past the bookmarks' edit";
-  ASSERT_TRUE(SVCoreUtils::CmRedo(window));
+  ASSERT_TRUE(SVUndoCommands::CmRedo(window));
 
   // With no entry before the failed edit's snapshot there is nothing to undo,
   // yet the roll-back still restores the state.
@@ -67,7 +68,7 @@ TEST_F(FileModifierTest, AFailedOrCancelledEditLeavesTheDocumentAndItsMenuAsBefo
   SVCoreUtils::CancelModifyFile(window);
   EXPECT_EQ(StateOf(file), edited);
   EXPECT_EQ(SVUndoMenuStateGet(&file), menu);
-  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+  ASSERT_TRUE(SVUndoCommands::CmUndo(window));
   EXPECT_EQ(file.CutList().GetLength(), 2000);
 }
 
@@ -133,7 +134,7 @@ TEST_F(ChannelEditTest, AnEditOfTheSameLengthIsMergedWithoutAQuestion) {
   EXPECT_FALSE(window_->HasChannelEditLists());
   EXPECT_EQ(frontEnd_.processTitles.back(), "Kanal wird ersetzt...");
 
-  ASSERT_TRUE(SVCoreUtils::CmUndo(window_));
+  ASSERT_TRUE(SVUndoCommands::CmUndo(window_));
   EXPECT_EQ(DocReadAll(file.CutList()), original_);
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "app/core_utils.h"
+#include "app/undo_commands.h"
 #include "app/file.h"
 #include "app/file_audio.h"
 #include "app/file_modifier.h"
@@ -46,7 +47,7 @@ TEST_F(FileUndoTest, LoadEditUndoGivesTheLoadedStateOffersRedoAndANewEditCutsRed
   menu = Dialog().UpdateUndoMenuItem();
   EXPECT_TRUE(menu.undo.enabled);
   EXPECT_EQ(menu.undo.label, "Rückgängig Löschen");
-  EXPECT_EQ(menu.undo.command, kSVCommandUndo);
+  EXPECT_EQ(menu.undo.command, kSVCmdUndo);
   EXPECT_EQ(menu.undo.key, kSVKeyUndo);
   EXPECT_FALSE(menu.redo.enabled);
   EXPECT_EQ(menu.redo.label, "Wiederholen ");
@@ -54,7 +55,7 @@ TEST_F(FileUndoTest, LoadEditUndoGivesTheLoadedStateOffersRedoAndANewEditCutsRed
   EXPECT_TRUE(file.IsModified());
   EXPECT_EQ(file.CutList().GetLength(), 900);
 
-  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+  ASSERT_TRUE(SVUndoCommands::CmUndo(window));
   EXPECT_EQ(DocReadAll(file.CutList()), loaded);
   EXPECT_FALSE(file.IsModified());
   EXPECT_EQ(frontEnd_.notifications.back(), kSVNotifyClean);
@@ -63,13 +64,13 @@ TEST_F(FileUndoTest, LoadEditUndoGivesTheLoadedStateOffersRedoAndANewEditCutsRed
   EXPECT_EQ(menu.undo.label, "Rückgängig ");
   EXPECT_TRUE(menu.redo.enabled);
   EXPECT_EQ(menu.redo.label, "Wiederholen Löschen");
-  EXPECT_EQ(menu.redo.command, kSVCommandRedo);
+  EXPECT_EQ(menu.redo.command, kSVCmdRedo);
   EXPECT_EQ(menu.redo.key, kSVKeyRedo);
 
-  EXPECT_FALSE(SVCoreUtils::CmUndo(window)) << "nothing before the base";
+  EXPECT_FALSE(SVUndoCommands::CmUndo(window)) << "nothing before the base";
   EXPECT_EQ(DocReadAll(file.CutList()), loaded);
 
-  ASSERT_TRUE(SVCoreUtils::CmUndo(window, kSVCommandRedo));
+  ASSERT_TRUE(SVUndoCommands::CmUndo(window, kSVCmdRedo));
   EXPECT_EQ(file.CutList().GetLength(), 900);
   EXPECT_TRUE(file.IsModified());
   EXPECT_EQ(frontEnd_.notifications.back(), kSVNotifyModified);
@@ -77,15 +78,15 @@ TEST_F(FileUndoTest, LoadEditUndoGivesTheLoadedStateOffersRedoAndANewEditCutsRed
   EXPECT_TRUE(menu.undo.enabled);
   EXPECT_EQ(menu.undo.label, "Rückgängig Löschen");
   EXPECT_FALSE(menu.redo.enabled);
-  EXPECT_FALSE(SVCoreUtils::CmRedo(window)) << "nothing left to redo";
+  EXPECT_FALSE(SVUndoCommands::CmRedo(window)) << "nothing left to redo";
 
   // A new edit after Undo cuts Redo off.
-  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+  ASSERT_TRUE(SVUndoCommands::CmUndo(window));
   SilenceEdit(window, 5);
   menu = Dialog().UpdateUndoMenuItem();
   EXPECT_FALSE(menu.redo.enabled);
   EXPECT_EQ(menu.undo.label, "Rückgängig Stille einfügen");
-  EXPECT_FALSE(SVCoreUtils::CmRedo(window));
+  EXPECT_FALSE(SVUndoCommands::CmRedo(window));
   EXPECT_EQ(file.CutList().GetLength(), 1005);
 }
 
@@ -97,7 +98,7 @@ TEST_F(FileUndoTest, AfterFortyEditsUndoStopsWhereTheRingEnds) {
   ASSERT_EQ(file.CutList().GetLength(), 1040);
 
   int undos = 0;
-  while (SVCoreUtils::CmUndo(window)) ++undos;
+  while (SVUndoCommands::CmUndo(window)) ++undos;
   // Each snapshot frees the two entries ahead of it, and the first Undo keeps
   // the present state for Redo, so the ring holds 28 steps back, not 40.
   EXPECT_EQ(undos, 28);
@@ -105,7 +106,7 @@ TEST_F(FileUndoTest, AfterFortyEditsUndoStopsWhereTheRingEnds) {
   EXPECT_FALSE(Dialog().UpdateUndoMenuItem().undo.enabled);
 
   int redos = 0;
-  while (SVCoreUtils::CmRedo(window)) ++redos;
+  while (SVUndoCommands::CmRedo(window)) ++redos;
   EXPECT_EQ(redos, 28);
   EXPECT_EQ(file.CutList().GetLength(), 1040);
 }
@@ -123,7 +124,7 @@ TEST_F(FileUndoTest, UndoToLastSaveRestoresTheSavedStateAndIsFinal) {
   DeleteEdit(window, "Löschen", 0, 300);
   SilenceEdit(window, 50);
   ASSERT_TRUE(file.IsUndoLastSaveAvailable());
-  ASSERT_TRUE(SVCoreUtils::CmUndoSave(window));
+  ASSERT_TRUE(SVUndoCommands::CmUndoSave(window));
   EXPECT_EQ(DocReadAll(file.CutList()), saved);
   EXPECT_FALSE(file.IsModified());
   EXPECT_EQ(frontEnd_.notifications.back(), kSVNotifyClean);
@@ -131,7 +132,7 @@ TEST_F(FileUndoTest, UndoToLastSaveRestoresTheSavedStateAndIsFinal) {
   EXPECT_FALSE(menu.undo.enabled);
   EXPECT_FALSE(menu.redo.enabled);
   EXPECT_FALSE(file.IsUndoLastSaveAvailable());
-  EXPECT_FALSE(SVCoreUtils::CmUndoSave(window));
+  EXPECT_FALSE(SVUndoCommands::CmUndoSave(window));
   EXPECT_EQ(DocReadAll(file.CutList()), saved);
 }
 
@@ -139,7 +140,7 @@ TEST_F(FileUndoTest, UndoToLastSaveRunsOnlyToAnEntryThatStillHoldsTheSavedState)
   SVFileGUI* window = NewDocument(StaircaseList(100, 1));
   SVFile& file = *window->File();
   SilenceEdit(window, 1);
-  EXPECT_FALSE(SVCoreUtils::CmUndoSave(window)) << "a document that was never clean";
+  EXPECT_FALSE(SVUndoCommands::CmUndoSave(window)) << "a document that was never clean";
   EXPECT_EQ(file.CutList().GetLength(), 101);
   EXPECT_TRUE(Dialog().UpdateUndoMenuItem().undo.enabled);
 
@@ -154,14 +155,14 @@ TEST_F(FileUndoTest, UndoToLastSaveRunsOnlyToAnEntryThatStillHoldsTheSavedState)
   // The save wrote 0, which the unwrapped test (31 + 1) does not match; entry 0 is free.
   EXPECT_EQ(file.UndoIndexLastSave(), 0u);
   const long long saved = file.CutList().GetLength();
-  EXPECT_FALSE(SVCoreUtils::CmUndoSave(window));
+  EXPECT_FALSE(SVUndoCommands::CmUndoSave(window));
   EXPECT_EQ(file.CutList().GetLength(), saved);
 
   SilenceEdit(window, 1);
   ASSERT_TRUE(file.IsUndoLastSaveAvailable());
   // Once the ring has gone round, the saved state is overwritten.
   for (int i = 0; i < 32; ++i) SilenceEdit(window, 1);
-  EXPECT_FALSE(SVCoreUtils::CmUndoSave(window));
+  EXPECT_FALSE(SVUndoCommands::CmUndoSave(window));
   EXPECT_EQ(file.CutList().GetLength(), saved + 33);
   EXPECT_TRUE(Dialog().UpdateUndoMenuItem().undo.enabled);
 }
@@ -208,25 +209,25 @@ TEST_F(FileUndoTest, UndoBringsBackSelectionCursorAndViewAndTakesBackMarksOneSte
   EXPECT_FALSE(SVMarkCommands::BookmarkMove(window, "fehlt", 20));
   EXPECT_EQ(Dialog().UpdateUndoMenuItem().undo.label, "Rückgängig Lesezeichen verschieben");
 
-  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+  ASSERT_TRUE(SVUndoCommands::CmUndo(window));
   ASSERT_EQ(file.Bookmarks().size(), 1u);
   EXPECT_EQ(file.Bookmarks().front().position, 500);
-  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+  ASSERT_TRUE(SVUndoCommands::CmUndo(window));
   EXPECT_TRUE(file.Bookmarks().empty());
   EXPECT_EQ(file.CutList().GetLength(), 900) << "the edit before the bookmark stays";
-  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+  ASSERT_TRUE(SVUndoCommands::CmUndo(window));
   EXPECT_EQ(file.Selection().start, 10);
   EXPECT_EQ(file.Selection().end, 20);
   EXPECT_EQ(file.Cursor(), 15);
   EXPECT_EQ(file.View(), (SVViewState{7, 8}));
-  ASSERT_TRUE(SVCoreUtils::CmRedo(window));
+  ASSERT_TRUE(SVUndoCommands::CmRedo(window));
   EXPECT_EQ(file.Cursor(), 35);
-  ASSERT_TRUE(SVCoreUtils::CmRedo(window));
-  ASSERT_TRUE(SVCoreUtils::CmRedo(window));
+  ASSERT_TRUE(SVUndoCommands::CmRedo(window));
+  ASSERT_TRUE(SVUndoCommands::CmRedo(window));
   EXPECT_EQ(file.Bookmarks().front().position, 20);
   ASSERT_TRUE(SVMarkCommands::BookmarkDelete(window, "Marke"));
   EXPECT_TRUE(file.Bookmarks().empty());
-  ASSERT_TRUE(SVCoreUtils::CmUndo(window));
+  ASSERT_TRUE(SVUndoCommands::CmUndo(window));
   EXPECT_EQ(file.Bookmarks().size(), 1u);
 }
 
@@ -246,17 +247,17 @@ TEST_F(FileUndoTest, UndoOfARegionStepInOneDocumentKeepsTheRegionsOfAnother) {
   ASSERT_TRUE(SVMarkCommands::RegionDelete(second, "Refrain"));
   EXPECT_EQ(names(), "Strophe@50 ");
 
-  ASSERT_TRUE(SVCoreUtils::CmUndo(first));
+  ASSERT_TRUE(SVUndoCommands::CmUndo(first));
   EXPECT_EQ(names(), "Strophe@0 ") << "the move goes back, the other document's delete stays";
-  ASSERT_TRUE(SVCoreUtils::CmUndo(first));
-  ASSERT_TRUE(SVCoreUtils::CmUndo(second));
+  ASSERT_TRUE(SVUndoCommands::CmUndo(first));
+  ASSERT_TRUE(SVUndoCommands::CmUndo(second));
   EXPECT_EQ(names(), "Strophe@0 Refrain@500 ");
-  ASSERT_TRUE(SVCoreUtils::CmUndo(first));
+  ASSERT_TRUE(SVUndoCommands::CmUndo(first));
   EXPECT_EQ(names(), "Refrain@500 ");
-  ASSERT_TRUE(SVCoreUtils::CmRedo(first));
+  ASSERT_TRUE(SVUndoCommands::CmRedo(first));
   EXPECT_EQ(names(), "Strophe@0 Refrain@500 ");
-  ASSERT_TRUE(SVCoreUtils::CmRedo(first));
-  ASSERT_TRUE(SVCoreUtils::CmRedo(first));
+  ASSERT_TRUE(SVUndoCommands::CmRedo(first));
+  ASSERT_TRUE(SVUndoCommands::CmRedo(first));
   EXPECT_EQ(names(), "Strophe@50 Refrain@500 ");
   EXPECT_EQ(regions.front().cutList.GetLength(), 100);
 }

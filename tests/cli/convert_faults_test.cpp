@@ -140,16 +140,17 @@ TEST(ConvertFaults, AConversionThatRunsOutOfRoomFailsAndLeavesTheOldFileAsItWas)
   }
 }
 
-TEST(ConvertFaults, EditSavesOfAProjectOrAnEffectChainThatRunOutOfRoomSayWhyAndKeepTheOldFile) {
+// Project saves that run out of room are swept in the app's tests; the chain's save has only this door.
+TEST(ConvertFaults, AnEffectChainSaveThatRunsOutOfRoomSaysWhyAndKeepsTheOldFile) {
   TempFolder folder;
   const std::string in = folder.File("ein.wav");
   WriteFile(in, MonoWave(40));
   const std::vector<std::string> env = {"SONVALE_CACHE_DIR=" + folder.File("cache"),
                                         "XDG_CONFIG_HOME=" + folder.File("config"),
                                         "XDG_DATA_HOME=" + folder.File("data")};
-  for (const char* what : {"chain save", "project save"}) {
+  for (const char* what : {"chain save"}) {
     const std::string reference = folder.File("ref");
-    // Chain and project outgrow every description the cache writes beside them.
+    // The chain outgrows every description the cache writes beside it.
     const std::vector<std::string> edits = {"edit", in, "-e",
                                             "select 0f 30f; effect echo; effect gain Pegel=3; effect echo; effect echo",
                                             "-e", std::string(what) + " "};

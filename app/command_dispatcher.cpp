@@ -1,0 +1,662 @@
+#include "app/command_dispatcher.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdarg>
+#include <cstdio>
+#include <memory>
+
+#include "app/core_utils.h"
+#include "app/paste_source.h"
+#include "app/undo_commands.h"
+#include "app/cut_list_render.h"
+#include "app/dc_offset_correction.h"
+#include "app/edit_commands.h"
+#include "app/ef_amplify.h"
+#include "app/ef_auto_trim.h"
+#include "app/ef_channel_invert.h"
+#include "app/ef_channel_swap.h"
+#include "app/ef_delete.h"
+#include "app/ef_effect_chain.h"
+#include "app/ef_envelope.h"
+#include "app/ef_join_channels.h"
+#include "app/ef_normalize.h"
+#include "app/ef_reverse.h"
+#include "app/ef_stereo_pan.h"
+#include "app/file_gui.h"
+#include "app/frame_time.h"
+#include "app/mark_commands.h"
+#include "app/project_load.h"
+#include "app/project_save.h"
+#include "base/safe_save.h"
+#include "effects/effect_chain_file.h"
+#include "effects/sound_process_by_name.h"
+#include "effects/sound_process_setting_text.h"
+#include "effects/sound_process_unknown.h"
+#include "effects/tone_generator.h"
+
+namespace {
+
+constexpr const char* kNoDocument = "Es ist kein Dokument geöffnet. Mit \"open DATEI\" oder \"new\" beginnen.";
+constexpr const char* kGenerateTitle = "Audio erzeugen";
+constexpr const char* kCancelled = "Abgebrochen. Das Dokument bleibt, wie es war.";
+
+SVCommandResult Failed(std::string message) { return {kLProcessFailed, std::move(message), {}}; }
+SVCommandResult Done(std::string message = {}) { return {kLProcessSuccess, std::move(message), {}}; }
+
+std::string Format(const char* format, ...) {
+  char text[1024];
+  va_list args;
+  va_start(args, format);
+  std::vsnprintf(text, sizeof text, format, args);
+  va_end(args);
+  return text;
+}
+
+// Adds a line to a listing.
+void Line(std::string& text, const std::string& line) {
+  if (!text.empty()) text += '\n';
+  text += line;
+}
+
+double NumberOr(const SVCommandArgs& args, std::size_t index, double fallback) {
+  return index < args.numbers.size() ? args.numbers[index] : fallback;
+}
+
+// Whether args hold at least the arguments the row requires, of each kind.
+bool ArgumentsComplete(const SVCommandInfo& info, const SVCommandArgs& args) {
+  std::size_t times = 0, numbers = 0, texts = 0;
+  for (const SVArgSpec& spec : info.args) {
+    if (spec.optional) continue;
+    times += spec.kind == SVArgKind::kTime;
+    numbers += spec.kind == SVArgKind::kNumber;
+    texts += spec.kind == SVArgKind::kText || spec.kind == SVArgKind::kTexts;
+  }
+  return args.times.size() >= times && args.numbers.size() >= numbers && args.texts.size() >= texts;
+}
+
+bool SelectionValid(const SVSelection& s) { return s.end >= s.start && !(s.band && s.highFrequency < s.lowFrequency); }
+
+}  // namespace
+
+SVCommandDispatcher::SVCommandDispatcher(MainDialog& main) : main_(main) {}
+
+SVFileGUI* SVCommandDispatcher::Window() const {
+  SVFileGUI* window = main_.Windows().CurrentFileWindow();
+  return window && window->File() ? window : nullptr;
+}
+
+std::uint32_t SVCommandDispatcher::Rate() const {
+  SVFileGUI* window = Window();
+  return window ? window->File()->CutList().GetSampleRate() : 44100;
+}
+
+bool SVCommandDispatcher::IsEnabled(int id) {
+  const SVCommandInfo* info = SVCommandFind(id);
+  if (!info) return false;
+  SVFileGUI* window = Window();
+  if ((info->needs & kSVNeedDocument) && !window) return false;
+  if ((info->needs & kSVNeedSelection) && window->File()->Selection().IsEmpty()) return false;
+  if ((info->needs & kSVNeedStereo) && window->File()->CutList().GetChannels() != 2) return false;
+  switch (id) {
+    case kSVCmdUndo:
+      return SVUndoMenuStateGet(window->File()).undo.enabled;
+    case kSVCmdRedo:
+      return SVUndoMenuStateGet(window->File()).redo.enabled;
+    case kSVCmdRevert:
+      return window->File()->IsUndoLastSaveAvailable();
+    case kSVCmdChainSave:
+      return applied_.GetCount() > 0;
+    case kSVCmdProjectSave:
+      return main_.Windows().FileWindowCount() > 0;
+    default:
+      return true;
+  }
+}
+
+SVCommandResult SVCommandDispatcher::Run(int id, const SVCommandArgs& args) {
+  const SVCommandInfo* info = SVCommandFind(id);
+  if (!info) return Failed(Format("Es gibt keinen Befehl Nummer %d.", id));
+  if (!ArgumentsComplete(*info, args)) return Failed("Aufruf: " + SVCommandUsage(*info));
+  main_.FrontEnd().LastErrorClear();
+  SVFileGUI* window = Window();
+  if ((info->needs & kSVNeedDocument) && !window) return Failed(kNoDocument);
+  if ((info->needs & kSVNeedSelection) && window->File()->Selection().IsEmpty())
+    return Failed(Format("Für \"%s\" zuerst einen Bereich auswählen (select).", info->label));
+  if ((info->needs & kSVNeedStereo) && window->File()->CutList().GetChannels() != 2)
+    return Failed(Format("\"%s\" braucht ein Stereo-Dokument.", info->label));
+  const bool warned = quitWarned_;
+  SVCommandResult result = Dispatch(*info, args);
+  // Only a quit right after the warning discards the changes.
+  if (warned) quitWarned_ = false;
+  main_.UpdateUndoMenuItem();
+  return result;
+}
+
+SVCommandResult SVCommandDispatcher::Dispatch(const SVCommandInfo& info, const SVCommandArgs& args) {
+  switch (info.id) {
+    case kSVCmdOpen:
+    case kSVCmdNew:
+    case kSVCmdDocs:
+    case kSVCmdDoc:
+    case kSVCmdClose:
+      return Documents(info.id, args);
+    case kSVCmdSelect:
+    case kSVCmdSelectAll:
+    case kSVCmdSelectNone:
+    case kSVCmdBand:
+    case kSVCmdBandOff:
+    case kSVCmdCursor:
+      return Position(info.id, args);
+    case kSVCmdCopy:
+    case kSVCmdCut:
+    case kSVCmdPaste:
+    case kSVCmdDelete:
+    case kSVCmdTrim:
+    case kSVCmdSilence:
+    case kSVCmdRepeat:
+    case kSVCmdInsertFile:
+      return Edit(info, args);
+    case kSVCmdGenerateTone:
+    case kSVCmdGenerateNoise:
+    case kSVCmdGenerateSilence:
+      return Generate(info, args);
+    case kSVCmdReverse:
+    case kSVCmdAmplify:
+    case kSVCmdNormalize:
+    case kSVCmdFadeIn:
+    case kSVCmdFadeOut:
+    case kSVCmdDcOffset:
+    case kSVCmdAutoTrim:
+    case kSVCmdSwap:
+    case kSVCmdInvert:
+    case kSVCmdJoin:
+    case kSVCmdPan:
+      return Process(info, args);
+    case kSVCmdChannels: {
+      const double channels = args.numbers.at(0);
+      if (channels < 1 || channels > 16 || channels != std::floor(channels))
+        return Failed("Aufruf: channels KANÄLE (1 bis 16)");
+      return EditResult(SVEditCommands::ConvertChannels(Window(), static_cast<int>(channels)), info.label);
+    }
+    case kSVCmdEffect:
+      return Effect(args);
+    case kSVCmdChain:
+    case kSVCmdChainSave:
+      return Chain(info.id, args);
+    case kSVCmdUndo:
+    case kSVCmdRedo:
+    case kSVCmdRevert:
+    case kSVCmdHistory:
+      return History(info.id);
+    case kSVCmdBookmarkAdd:
+    case kSVCmdBookmarkDelete:
+    case kSVCmdBookmarks:
+    case kSVCmdRegionAdd:
+    case kSVCmdRegions:
+    case kSVCmdTags:
+    case kSVCmdTag:
+      return Marks(info, args);
+    case kSVCmdSave:
+    case kSVCmdSaveAs:
+    case kSVCmdProjectSave:
+    case kSVCmdProjectOpen:
+      return Files(info.id, args);
+    case kSVCmdStatus:
+      return Status();
+    case kSVCmdHelp:
+      return Done(SVCommandHelpText());
+    case kSVCmdQuit:
+      return Quit();
+  }
+  return Failed(Format("Der Befehl \"%s\" ist hier nicht verfügbar.", info.label));
+}
+
+SVCommandResult SVCommandDispatcher::EditResult(int result, const char* label) const {
+  if (result == kLProcessSuccess) return Done();
+  if (result == kLProcessCancelled) return {kLProcessCancelled, kCancelled, {}};
+  const LStringLong& error = main_.FrontEnd().LastError();
+  return Failed(error.empty() ? std::string(label) + " ist fehlgeschlagen." : error);
+}
+
+SVCommandResult SVCommandDispatcher::Job(const char* title, const SVProcessJob& job) const {
+  return EditResult(main_.FrontEnd().RunProcess(title, job), title);
+}
+
+SVCommandResult SVCommandDispatcher::EditRange(SVEfCutListProcess& edit, const char* label) {
+  SVFileGUI* window = Window();
+  SVFile& file = *window->File();
+  if (!SelectionValid(file.Selection()))
+    return Failed("Die Auswahl ist ungültig: das Ende liegt vor dem Anfang oder die obere Frequenz unter der unteren.");
+  const bool whole = file.Selection().IsEmpty();
+  SVCommandResult result =
+      EditResult(SVEditCommands::Run(window, edit, SVEditScope::kSelectionOrWhole, true, label), label);
+  if (whole && result.result == kLProcessSuccess) {
+    SVSelection& s = file.Selection();
+    s.start = s.end = std::min(file.Cursor(), file.CutList().GetLength());
+  }
+  return result;
+}
+
+std::string SVCommandDispatcher::UnsavedTitles() const {
+  std::string titles;
+  SVWindowManager& m = main_.Windows();
+  for (int t = 0; t < m.TabCount(); ++t) {
+    for (int i = 0; i < m.TabFileWindowCount(t); ++i) {
+      SVFileGUI* window = m.FileWindowAt(t, i);
+      if (!window->File()->IsModified()) continue;
+      titles += (titles.empty() ? "\"" : ", \"") + window->Title() + "\"";
+    }
+  }
+  return titles;
+}
+
+SVCommandResult SVCommandDispatcher::Documents(int id, const SVCommandArgs& args) {
+  SVWindowManager& m = main_.Windows();
+  switch (id) {
+    case kSVCmdOpen: {
+      const std::string& path = args.texts.at(0);
+      if (main_.FileOpen(path.c_str())) return Done();
+      const LStringLong& error = main_.FrontEnd().LastError();
+      return Failed(error.empty() ? "Die Datei \"" + path + "\" konnte nicht geladen werden." : error);
+    }
+    case kSVCmdNew: {
+      const double rate = NumberOr(args, 0, 44100), channels = NumberOr(args, 1, 2);
+      if (rate < 1000 || rate > 768000 || channels < 1 || channels > 16 || channels != std::floor(channels))
+        return Failed("Aufruf: new [RATE [KANÄLE]] mit einer Rate von 1000 bis 768000 Hz und 1 bis 16 Kanälen.");
+      LCutListAudio list;
+      list.SetFormat(static_cast<std::uint32_t>(rate), static_cast<std::uint8_t>(channels));
+      if (!main_.FileNewFromCutList(list, "Unbenannt", MainDialog::kInitialNewFile))
+        return Failed("Es kann kein weiteres Dokument angelegt werden.");
+      return Done();
+    }
+    case kSVCmdDocs:
+    case kSVCmdDoc: {
+      const int wanted = args.numbers.empty() ? 0 : static_cast<int>(args.numbers[0]);
+      std::string list;
+      int n = 0;
+      for (int t = 0; t < m.TabCount(); ++t) {
+        for (int i = 0; i < m.TabFileWindowCount(t); ++i) {
+          SVFileGUI* window = m.FileWindowAt(t, i);
+          if (++n == wanted) {
+            m.CurrentFileWindowSet(window);
+            return Done();
+          }
+          Line(list, Format("%s %d  %s%s", window == m.CurrentFileWindow() ? ">" : " ", n, window->Title().c_str(),
+                            window->File()->IsModified() ? " *" : ""));
+        }
+      }
+      if (id == kSVCmdDoc) return Failed(Format("Es gibt kein Dokument Nummer %d.", wanted));
+      return Done(n == 0 ? "Keine Dokumente geöffnet." : list);
+    }
+    default: {
+      SVFileGUI* window = Window();
+      SVCommandResult result = Done();
+      if (window->File()->IsModified())
+        result.warning = "Hinweis: \"" + window->Title() + "\" wird ohne Speichern geschlossen.\n";
+      m.FileWindowClose(window);
+      if (!m.CurrentFileWindow() && m.TabCount() > 0) m.CurrentFileWindowSet(m.FileWindowAt(m.TabCount() - 1, 0));
+      return result;
+    }
+  }
+}
+
+SVCommandResult SVCommandDispatcher::Position(int id, const SVCommandArgs& args) {
+  SVFile& file = *Window()->File();
+  SVSelection& s = file.Selection();
+  const long long length = file.CutList().GetLength();
+  switch (id) {
+    case kSVCmdSelect: {
+      const long long a = args.times.at(0), b = args.times.at(1);
+      if (b < a) return Failed("Das Ende der Auswahl liegt vor ihrem Anfang.");
+      if (b > length) return Failed(Format("Die Auswahl endet hinter dem Ende des Dokuments (%lld Frames).", length));
+      s.start = a;
+      s.end = b;
+      file.CursorSet(a);
+      return Done();
+    }
+    case kSVCmdSelectAll:
+      s.start = 0;
+      s.end = length;
+      return Done();
+    case kSVCmdSelectNone:
+      s.start = s.end = file.Cursor();
+      return Done();
+    case kSVCmdBand: {
+      const double low = args.numbers.at(0), high = args.numbers.at(1);
+      if (low < 0 || high > file.CutList().GetSampleRate() / 2.0)
+        return Failed("Das Band muss zwischen 0 Hz und der halben Abtastrate liegen.");
+      if (high < low) return Failed("Die obere Frequenz des Bands liegt unter der unteren.");
+      s.band = 1;
+      s.lowFrequency = static_cast<std::int32_t>(low);
+      s.highFrequency = static_cast<std::int32_t>(high);
+      return Done();
+    }
+    case kSVCmdBandOff:
+      s.band = 0;
+      return Done();
+    default: {
+      const long long at = args.times.at(0);
+      if (at > length) return Failed("Der Cursor liegt hinter dem Ende des Dokuments.");
+      file.CursorSet(at);
+      // As a click does: what comes next acts at the cursor, not on an old selection.
+      s.start = s.end = at;
+      return Done();
+    }
+  }
+}
+
+SVCommandResult SVCommandDispatcher::Edit(const SVCommandInfo& info, const SVCommandArgs& args) {
+  SVFileGUI* window = Window();
+  SVFile& file = *window->File();
+  switch (info.id) {
+    case kSVCmdCopy:
+    case kSVCmdCut: {
+      LCutListAudio piece;
+      SVCommandResult copied = Job(info.label, [&](LProcessInterface& p) {
+        piece = file.Selection().Trim(p, file.CutList());
+        return p.IsCancelled() ? kLProcessCancelled : kLProcessSuccess;
+      });
+      if (copied.result != kLProcessSuccess) return copied;
+      main_.Clipboard().Copy(piece);
+      if (info.id == kSVCmdCopy) return copied;
+      SVEfDelete edit(file.CutList(), file.Selection());
+      return EditRange(edit, info.label);
+    }
+    case kSVCmdPaste: {
+      const LCutListAudio clip = SVPasteSource::GetAudioFromClipboard(main_.FrontEnd(), main_.SystemClipboard());
+      if (clip.GetLength() == 0) return Failed("Die Zwischenablage enthält kein Audio.");
+      return EditResult(SVEditCommands::InsertClip(window, clip, info.label), info.label);
+    }
+    case kSVCmdDelete: {
+      SVEfDelete edit(file.CutList(), file.Selection());
+      return EditRange(edit, info.label);
+    }
+    case kSVCmdTrim:
+      return EditResult(SVEditCommands::Trim(window), info.label);
+    case kSVCmdInsertFile:
+      return EditResult(SVEditCommands::InsertFile(window, args.texts.at(0).c_str()), info.label);
+    case kSVCmdSilence:
+      if (args.times.at(0) <= 0) return Failed("Die Länge muss größer als 0 sein.");
+      return EditResult(SVEditCommands::InsertSilence(window, args.times[0]), info.label);
+    default: {
+      const double count = args.numbers.at(0);
+      if (count < 1 || count > 100000 || count != std::floor(count))
+        return Failed("Aufruf: repeat ANZAHL (eine ganze Zahl ab 1)");
+      return EditResult(SVEditCommands::Repeat(window, static_cast<unsigned long>(count)), info.label);
+    }
+  }
+}
+
+SVCommandResult SVCommandDispatcher::Generate(const SVCommandInfo& info, const SVCommandArgs& args) {
+  SVFileGUI* window = Window();
+  const LCutListAudio& doc = window->File()->CutList();
+  const LToneKind kind = info.id == kSVCmdGenerateTone    ? LToneKind::kSine
+                         : info.id == kSVCmdGenerateNoise ? LToneKind::kNoise
+                                                          : LToneKind::kSilence;
+  const double frequency = kind == LToneKind::kSine ? args.numbers.at(0) : 0;
+  const double db = NumberOr(args, kind == LToneKind::kSine ? 1 : 0, -6);
+  const long long frames = args.times.at(0);
+  if (kind == LToneKind::kSine && (frequency <= 0 || frequency >= doc.GetSampleRate() / 2.0))
+    return Failed("Die Frequenz muss über 0 Hz und unter der halben Abtastrate liegen.");
+  if (db > 0) return Failed("Der Pegel wird in dB bis 0 angegeben, zum Beispiel -6.");
+  if (frames <= 0) return Failed("Die Länge muss größer als 0 sein.");
+  LCutListAudio made;
+  SVCommandResult rendered = Job(kGenerateTitle, [&](LProcessInterface& p) {
+    return SVCutListRender(
+        p, kGenerateTitle,
+        LMakeSource<LSRCToneGenerator>(kind, frequency, db, frames, doc.GetSampleRate(), doc.GetChannels()), made);
+  });
+  if (rendered.result != kLProcessSuccess) return rendered;
+  return EditResult(SVEditCommands::InsertClip(window, made, info.label, SVEditScope::kInsertPoint), info.label);
+}
+
+SVCommandResult SVCommandDispatcher::Process(const SVCommandInfo& info, const SVCommandArgs& args) {
+  SVFile& file = *Window()->File();
+  LCutListAudio& list = file.CutList();
+  SVSelection& sel = file.Selection();
+  const double value = NumberOr(args, 0, 0);
+  std::unique_ptr<SVEfCutListProcess> edit;
+  switch (info.id) {
+    case kSVCmdReverse:
+      edit = std::make_unique<SVEfReverse>(list, sel);
+      break;
+    case kSVCmdAmplify:
+      edit = std::make_unique<SVEfAmplify>(list, sel, value);
+      break;
+    case kSVCmdNormalize:
+      if (value > 0) return Failed("Der Zielpegel wird in dB bis 0 angegeben.");
+      edit = std::make_unique<SVEfNormalize>(list, sel, value);
+      break;
+    case kSVCmdFadeIn:
+    case kSVCmdFadeOut:
+      edit = std::make_unique<SVEfEnvelope>(list, sel,
+                                            info.id == kSVCmdFadeIn ? SVEfEnvelope::FadeIn() : SVEfEnvelope::FadeOut());
+      break;
+    case kSVCmdDcOffset:
+      edit = std::make_unique<SVDCOffsetCorrection>(list, sel);
+      break;
+    case kSVCmdAutoTrim:
+      edit = std::make_unique<SVEfAutoTrim>(list, sel, true);
+      break;
+    case kSVCmdSwap:
+      edit = std::make_unique<SVEfChannelSwap>(list, sel);
+      break;
+    case kSVCmdInvert:
+      edit = std::make_unique<SVEfChannelInvert>(list, sel);
+      break;
+    case kSVCmdJoin:
+      edit = std::make_unique<SVEfJoinChannels>(list, sel);
+      break;
+    default:
+      if (value < -1 || value > 1) return Failed("Der Panoramawert liegt zwischen -1 (links) und 1 (rechts).");
+      edit = std::make_unique<SVEfStereoPan>(list, sel, value);
+      break;
+  }
+  return EditRange(*edit, info.label);
+}
+
+SVCommandResult SVCommandDispatcher::Effect(const SVCommandArgs& args) {
+  SVFile& file = *Window()->File();
+  std::unique_ptr<LSoundProcess> effect = LSoundProcessCreateByName(args.texts.at(0));
+  if (!effect) return Failed("Unbekannter Effekt \"" + args.texts[0] + "\". Verfügbar: " + LSoundProcessNamesText() + ".");
+  for (std::size_t i = 1; i < args.texts.size(); ++i) {
+    std::string message;
+    if (LSoundProcessSetFromText(*effect, args.texts[i], &message) != LSPSettingTextResult::kOK) return Failed(message);
+  }
+  if (!effect->IsValid()) return Failed("Die Einstellungen des Effekts sind ungültig.");
+  LSoundProcessMulti chain;
+  chain.Append(std::unique_ptr<LSoundProcess>(effect->GetNewCopy()));
+  char name[kLPathMax] = {};
+  effect->GetName(name);
+  SVEfEffectChain edit(file.CutList(), file.Selection(), chain, name);
+  SVCommandResult result = EditRange(edit, edit.GetEffectName());
+  if (result.result == kLProcessSuccess) applied_.Append(std::move(effect));
+  return result;
+}
+
+SVCommandResult SVCommandDispatcher::Chain(int id, const SVCommandArgs& args) {
+  const std::string& path = args.texts.at(0);
+  if (id == kSVCmdChainSave) {
+    if (applied_.GetCount() == 0) return Failed("Es wurden noch keine Effekte angewendet, die gespeichert werden könnten.");
+    LSafeSave save(path.c_str());
+    if (!save.IsReady() || !LEffectChainSaveFile(applied_, save.TempPath().c_str()) || !save.Commit())
+      return Failed("Die Effektkette konnte nicht nach \"" + path + "\" geschrieben werden.");
+    return Done();
+  }
+  SVFile& file = *Window()->File();
+  LSoundProcessMulti chain;
+  const LEffectChainLoadResult loaded = LEffectChainLoadFile(chain, path.c_str());
+  if (loaded != LEffectChainLoadResult::kOK)
+    return Failed(std::string(LEffectChainLoadTitle(loaded)) + ": " + LEffectChainLoadMessage(loaded) + " (" + path + ")");
+  std::string warning;
+  if (const std::string unknown = LSPUnknownNamesIn(chain); !unknown.empty()) {
+    warning = "Warnung: Diese Version von Sonvale kann nicht alle Effekte der Kette ausführen: " + unknown +
+              ". Sie lassen den Ton unverändert durch und bleiben beim Speichern der Kette erhalten.\n";
+  }
+  SVEfEffectChain edit(file.CutList(), file.Selection(), chain);
+  SVCommandResult result = EditRange(edit, edit.GetEffectName());
+  if (result.result != kLProcessSuccess) return result;
+  result.warning = warning;
+  // What "chain save" writes next: the chain as loaded, switched-off effects included.
+  for (const LSoundProcess* p = chain.GetFirst(); p; p = p->pNext) {
+    std::unique_ptr<LSoundProcess> copy(p->GetNewCopy());
+    if (!copy) continue;
+    copy->bDisabled = p->bDisabled;
+    applied_.Append(std::move(copy));
+  }
+  return result;
+}
+
+SVCommandResult SVCommandDispatcher::History(int id) {
+  SVFileGUI* window = Window();
+  SVFile& file = *window->File();
+  switch (id) {
+    case kSVCmdUndo:
+      return SVUndoCommands::CmUndo(window) ? Done() : Failed("Es gibt nichts rückgängig zu machen.");
+    case kSVCmdRedo:
+      return SVUndoCommands::CmRedo(window) ? Done() : Failed("Es gibt nichts zu wiederholen.");
+    case kSVCmdRevert:
+      return SVUndoCommands::CmUndoSave(window) ? Done() : Failed(kSVRevertUnavailableText);
+    default:
+      break;
+  }
+  const unsigned long current = file.UndoIndexCurrent();
+  // From the oldest used entry up to the one past the current (the redo side).
+  std::string text = "Verlauf (neueste zuletzt):";
+  unsigned long index = file.UndoIndexOldest();
+  for (unsigned long n = 0; n < kSVUndoRingSize; ++n, index = SVFile::UndoIndexNext(index)) {
+    const SVFileUndo& entry = file.UndoEntry(index);
+    if (entry.description[0] == '\0') continue;
+    Line(text, Format("  %s %s  %s", index == current ? ">" : " ", entry.description, entry.timeStamp));
+  }
+  const SVUndoMenuState menu = main_.UpdateUndoMenuItem();
+  Line(text, "Rückgängig: " + (menu.undo.enabled ? menu.undo.label : LStringLong("(nicht möglich)")));
+  Line(text, "Wiederholen: " + (menu.redo.enabled ? menu.redo.label : LStringLong("(nicht möglich)")));
+  return Done(text);
+}
+
+SVCommandResult SVCommandDispatcher::Marks(const SVCommandInfo& info, const SVCommandArgs& args) {
+  SVFileGUI* window = Window();
+  SVFile& file = *window->File();
+  const std::uint32_t rate = file.CutList().GetSampleRate();
+  switch (info.id) {
+    case kSVCmdBookmarkAdd: {
+      const long long at = args.times.empty() ? file.Cursor() : args.times[0];
+      if (at > file.CutList().GetLength()) return Failed("Das Lesezeichen liegt hinter dem Ende des Dokuments.");
+      (void)SVMarkCommands::BookmarkAdd(window, args.texts.at(0).c_str(), at);
+      return Done();
+    }
+    case kSVCmdBookmarkDelete:
+      if (!SVMarkCommands::BookmarkDelete(window, args.texts.at(0).c_str()))
+        return Failed("Es gibt kein Lesezeichen \"" + args.texts[0] + "\".");
+      return Done();
+    case kSVCmdBookmarks: {
+      std::string text;
+      for (const LSVBookmark& b : file.Bookmarks())
+        Line(text, Format("  %-20s %s (%lld)", b.name, SVFramesTimeText(b.position, rate).c_str(), b.position));
+      return Done(text.empty() ? "Keine Lesezeichen." : text);
+    }
+    case kSVCmdRegionAdd: {
+      const long long start = args.times.at(0), end = args.times.at(1);
+      if (end <= start || end > file.CutList().GetLength())
+        return Failed("Die Region muss vor ihrem Ende beginnen und innerhalb des Dokuments liegen.");
+      (void)SVMarkCommands::RegionAdd(window, args.texts.at(0).c_str(), start, end);
+      return Done();
+    }
+    case kSVCmdRegions: {
+      std::string text;
+      for (const SVRegion& r : main_.Windows().Project().Regions()) {
+        const unsigned regionRate = r.sampleRate > 0 ? static_cast<unsigned>(r.sampleRate) : 44100;
+        Line(text, Format("  %-20s %s bis %s (%s)", r.name, SVFramesTimeText(r.start, regionRate).c_str(),
+                          SVFramesTimeText(r.end, regionRate).c_str(), r.sourceFileName));
+      }
+      return Done(text.empty() ? "Keine Regionen." : text);
+    }
+    case kSVCmdTags: {
+      std::string text;
+      for (const auto& tag : file.Tags()) Line(text, "  " + tag.key + " = " + tag.value);
+      return Done(text.empty() ? "Keine Tags." : text);
+    }
+    default: {
+      const std::string& pair = args.texts.at(0);
+      const std::size_t equals = pair.find('=');
+      if (equals == std::string::npos || equals == 0)
+        return Failed("Aufruf: tag SCHLÜSSEL=WERT (ein leerer Wert entfernt das Tag).");
+      const std::string key = pair.substr(0, equals), value = pair.substr(equals + 1);
+      // Tags are not part of an undo snapshot, so setting one is not an undo step.
+      if (value.empty())
+        file.Tags().Remove(key.c_str());
+      else
+        file.Tags().Set(key.c_str(), value.c_str());
+      file.FlagsSet();
+      return Done();
+    }
+  }
+}
+
+SVCommandResult SVCommandDispatcher::Files(int id, const SVCommandArgs& args) {
+  if (id == kSVCmdSave || id == kSVCmdSaveAs) {
+    SVFileSaveRequest request;
+    if (!args.texts.empty()) request.path = args.texts[0];
+    if (auto it = args.options.find("--to"); it != args.options.end()) request.format = it->second;
+    if (auto it = args.options.find("--quality"); it != args.options.end()) request.quality = it->second;
+    request.dither = args.options.count("--dither") > 0;
+    // Dither is for fewer bits: without a format named it saves 16-bit PCM.
+    if (request.dither && request.format.empty()) request.format = "pcm16";
+    SVCommandResult result;
+    result.result = main_.FileSave(Window(), request, &result.message, &result.warning);
+    if (result.result == kLProcessSuccess) result.message = std::string("Gespeichert: ") + Window()->File()->Path();
+    return result;
+  }
+  const std::string& path = args.texts.at(0);
+  LProcessResult result;
+  if (id == kSVCmdProjectSave) {
+    if (main_.Windows().FileWindowCount() == 0) return Failed("Es ist kein Dokument geöffnet, das gespeichert werden könnte.");
+    result = SVProjectSave(main_.Windows(), path.c_str(), false);
+  } else {
+    result = SVProjectOpen(main_.Windows(), path.c_str());
+  }
+  if (result == kLProcessCancelled) return {kLProcessCancelled, "Abgebrochen.", {}};
+  if (result != kLProcessSuccess) {
+    const LStringLong& error = main_.FrontEnd().LastError();
+    return Failed(error.empty() ? "Das Projekt \"" + path + "\" konnte nicht verarbeitet werden." : error);
+  }
+  return Done(id == kSVCmdProjectSave ? "Projekt gespeichert: " + path : std::string());
+}
+
+SVCommandResult SVCommandDispatcher::Status() const {
+  SVFileGUI* window = Window();
+  const SVFile& file = *window->File();
+  const LCutListAudio& list = file.CutList();
+  const unsigned rate = list.GetSampleRate();
+  const long long length = list.GetLength();
+  std::string text;
+  Line(text, Format("Dokument:     %s%s", window->Title().c_str(), file.IsModified() ? " (geändert)" : ""));
+  Line(text, Format("Datei:        %s", *file.Path() ? file.Path() : "(noch nicht gespeichert)"));
+  Line(text, Format("Abtastrate:   %u Hz", rate));
+  Line(text, Format("Kanäle:       %u", list.GetChannels()));
+  Line(text, Format("Länge:        %s (%lld Frames)", SVFramesTimeText(length, rate).c_str(), length));
+  Line(text, Format("Segmente:     %lld", list.SegmentCount()));
+  const SVSelection& s = file.Selection();
+  if (s.IsEmpty()) {
+    Line(text, "Auswahl:      keine");
+  } else {
+    Line(text, Format("Auswahl:      %s bis %s (%lld bis %lld)", SVFramesTimeText(s.start, rate).c_str(),
+                      SVFramesTimeText(s.end, rate).c_str(), s.start, s.end));
+  }
+  if (s.HasBand()) Line(text, Format("Band:         %d Hz bis %d Hz", s.lowFrequency, s.highFrequency));
+  Line(text, Format("Cursor:       %s (%lld)", SVFramesTimeText(file.Cursor(), rate).c_str(), file.Cursor()));
+  return Done(text);
+}
+
+SVCommandResult SVCommandDispatcher::Quit() {
+  const std::string unsaved = UnsavedTitles();
+  if (quitConfirm_ && !unsaved.empty() && !quitWarned_) {
+    quitWarned_ = true;
+    return Failed("Die Änderungen an " + unsaved +
+                  " sind nicht gespeichert. Mit \"save\" speichern, oder noch einmal \"quit\", um sie zu verwerfen.");
+  }
+  quit_ = true;
+  return Done();
+}

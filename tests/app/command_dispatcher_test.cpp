@@ -1,0 +1,157 @@
+// The dispatcher: every command of the table runs once on a document, commits
+// under its own label when it changes the audio, and is refused without the
+// document it needs; edits give exactly the frames they must and undo exactly.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <map>
+
+#include "app/command_dispatcher.h"
+#include "app/file.h"
+#include "app/file_gui.h"
+#include "edit_fixture.h"
+#include "effects/echo.h"
+#include "effects/effect_chain_file.h"
+
+namespace {
+
+class CommandDispatcherTest : public EditTest {
+protected:
+  SVCommandResult Run(int id, SVCommandArgs args = {}) { return commands_->Run(id, args); }
+  void SetUp() override {
+    EditTest::SetUp();
+    commands_ = std::make_unique<SVCommandDispatcher>(Dialog());
+  }
+  void TearDown() override {
+    commands_.reset();
+    EditTest::TearDown();
+  }
+  std::unique_ptr<SVCommandDispatcher> commands_;
+};
+
+SVCommandArgs Times(LArray<long long> times) { return SVCommandArgs{std::move(times), {}, {}, {}}; }
+SVCommandArgs Numbers(LArray<double> numbers) { return SVCommandArgs{{}, std::move(numbers), {}, {}}; }
+SVCommandArgs Texts(LArray<std::string> texts) { return SVCommandArgs{{}, {}, std::move(texts), {}}; }
+
+TEST_F(CommandDispatcherTest, EveryCommandRunsUnderItsLabelAndNeedsWhatTheTableSays) {
+  const std::string wave = WriteStaircaseWave("in.wav", 4000, 2);
+  const std::string chainFile = temp_.File("kette.ecf");
+  LSoundProcessMulti echo;
+  echo.Append(std::make_unique<LSPEcho>());
+  ASSERT_TRUE(LEffectChainSaveFile(echo, chainFile.c_str()));
+  struct Case {
+    Case(SVCommandArgs a = {}, std::function<void()> b = {}) : args(std::move(a)), before(std::move(b)) {}
+    SVCommandArgs args;
+    std::function<void()> before;
+  };
+  const auto edit = [this] { ASSERT_EQ(Run(kSVCmdAmplify, Numbers({-6})).result, kLProcessSuccess); };
+  std::map<int, Case> cases = {
+      {kSVCmdOpen, {Texts({wave})}},
+      {kSVCmdNew, {Numbers({8000, 1})}},
+      {kSVCmdDoc, {Numbers({1})}},
+      {kSVCmdSelect, {Times({10, 20})}},
+      {kSVCmdBand, {Numbers({100, 200})}},
+      {kSVCmdCursor, {Times({5})}},
+      {kSVCmdPaste, {{}, [this] { ASSERT_EQ(Run(kSVCmdCopy).result, kLProcessSuccess); }}},
+      {kSVCmdSilence, {Times({100})}},
+      {kSVCmdInsertFile, {Texts({wave})}},
+      {kSVCmdChannels, {Numbers({1})}},
+      {kSVCmdRepeat, {Numbers({2})}},
+      {kSVCmdGenerateTone, {SVCommandArgs{{100}, {440}, {}, {}}}},
+      {kSVCmdGenerateNoise, {Times({100})}},
+      {kSVCmdGenerateSilence, {Times({100})}},
+      {kSVCmdAmplify, {Numbers({-6})}},
+      {kSVCmdPan, {Numbers({0.5})}},
+      {kSVCmdEffect, {Texts({"echo"})}},
+      {kSVCmdChain, {Texts({chainFile})}},
+      {kSVCmdChainSave, {Texts({temp_.File("neu.ecf")})}},
+      {kSVCmdUndo, {{}, edit}},
+      {kSVCmdRedo, {{}, [&] { edit(), Run(kSVCmdUndo); }}},
+      {kSVCmdRevert, {{}, [&] { Run(kSVCmdSave, Texts({temp_.File("revert.wav")})), edit(); }}},
+      {kSVCmdBookmarkAdd, {Texts({"neu"})}},
+      {kSVCmdBookmarkDelete, {Texts({"m"})}},
+      {kSVCmdRegionAdd, {SVCommandArgs{{10, 20}, {}, {"r"}, {}}}},
+      {kSVCmdTag, {Texts({"TITLE=Probe"})}},
+      {kSVCmdSave, {Texts({temp_.File("save.wav")})}},
+      {kSVCmdSaveAs, {Texts({temp_.File("saveas.flac")})}},
+      {kSVCmdProjectSave, {Texts({temp_.File("p.svp")})}},
+      {kSVCmdProjectOpen, {Texts({temp_.File("p.svp")})}},
+  };
+  for (const SVCommandInfo& info : SVCommandTable()) {
+    SCOPED_TRACE(info.word);
+    SVFileGUI* window = NewDocument(StaircaseList(4000, 2));
+    SVFile& file = *window->File();
+    file.AddBookmark("m", 3500);
+    file.Selection() = SVSelection{1000, 3000, 0, 0, 0};
+    file.CursorSet(1000);
+    const Case& c = cases[info.id];
+    if (c.before) c.before();
+    EXPECT_TRUE(commands_->IsEnabled(info.id));
+    const unsigned long index = file.UndoIndexCurrent();
+    const SVCommandResult result = Run(info.id, c.args);
+    ASSERT_EQ(result.result, kLProcessSuccess) << result.message;
+    // Edits take one step under the table's label; effects and chains under the effect's name.
+    const bool undoStep = info.acts != SVCommandActs::kNothing && info.id != kSVCmdUndo && info.id != kSVCmdRedo &&
+                          info.id != kSVCmdRevert && info.id != kSVCmdClose;
+    if (undoStep && file.UndoIndexCurrent() != index && info.id != kSVCmdEffect && info.id != kSVCmdChain) {
+      EXPECT_STREQ(file.UndoEntry(file.UndoIndexCurrent()).description, info.label);
+    }
+    // Stay below the limit of open files.
+    while (Dialog().Windows().FileWindowCount() > 40) Dialog().Windows().FileWindowClose(Dialog().Windows().FileWindowAt(0, 0));
+  }
+  EXPECT_TRUE(commands_->QuitRequested());
+
+  // Without a document every command that needs one is refused and greyed.
+  while (Dialog().Windows().TabCount() > 0) Dialog().Windows().FileWindowClose(Dialog().Windows().FileWindowAt(0, 0));
+  for (const SVCommandInfo& info : SVCommandTable()) {
+    if (!(info.needs & kSVNeedDocument)) continue;
+    SCOPED_TRACE(info.word);
+    EXPECT_FALSE(commands_->IsEnabled(info.id));
+    const SVCommandResult result = Run(info.id, cases[info.id].args);
+    EXPECT_EQ(result.result, kLProcessFailed);
+    EXPECT_NE(result.message.find("kein Dokument"), std::string::npos) << result.message;
+  }
+  EXPECT_EQ(Run(1).result, kLProcessFailed);
+  NewDocument(StaircaseList(100, 1));
+  EXPECT_EQ(Run(kSVCmdSelect, Times({10})).message, "Aufruf: select ANFANG ENDE") << "a result, never an exception";
+}
+
+TEST_F(CommandDispatcherTest, CutPasteDeleteAndReverseGiveExactlyTheFramesTheyMustAndUndoExactly) {
+  SVFileGUI* window = NewDocument(StaircaseList(8000, 1));
+  SVFile& file = *window->File();
+  const std::vector<float> loaded = DocReadAll(file.CutList());
+  std::vector<float> model = DocReadAll(file.CutList());
+  const auto step = [&](int id, SVCommandArgs args = {}) {
+    const SVCommandResult result = Run(id, std::move(args));
+    ASSERT_EQ(result.result, kLProcessSuccess) << result.message;
+  };
+  step(kSVCmdSelect, Times({100, 200}));
+  step(kSVCmdCut);
+  step(kSVCmdCursor, Times({1000}));
+  step(kSVCmdPaste);
+  step(kSVCmdSelect, Times({0, 10}));
+  step(kSVCmdDelete);
+  step(kSVCmdSelect, Times({50, 54}));
+  step(kSVCmdReverse);
+  const std::vector<float> clip(model.begin() + 100, model.begin() + 200);
+  model.erase(model.begin() + 100, model.begin() + 200);
+  model.insert(model.begin() + 1000, clip.begin(), clip.end());
+  model.erase(model.begin(), model.begin() + 10);
+  std::reverse(model.begin() + 50, model.begin() + 54);
+  EXPECT_EQ(DocReadAll(file.CutList()), model);
+
+  // A whole-document edit leaves nothing selected; undo back to the start is exact.
+  step(kSVCmdSelectNone);
+  step(kSVCmdAmplify, Numbers({-6}));
+  EXPECT_TRUE(file.Selection().IsEmpty());
+  for (int i = 0; i < 5; ++i) step(kSVCmdUndo);
+  EXPECT_EQ(DocReadAll(file.CutList()), loaded);
+  EXPECT_EQ(file.Selection().start, 100) << "the selection of the first edit comes back with it";
+  EXPECT_EQ(Run(kSVCmdUndo).message, "Es gibt nichts rückgängig zu machen.");
+  step(kSVCmdRedo);
+  EXPECT_EQ(file.CutList().GetLength(), 7900);
+  EXPECT_NE(Run(kSVCmdRevert).result, kLProcessSuccess) << "never saved: nothing to go back to";
+}
+
+}  // namespace
