@@ -45,6 +45,19 @@ void RegionCopyFrom(const SVFile& file, SVRegion& region, long long start, long 
   file.CutList().EfCopy(start, end, region.cutList);
 }
 
+// A step that starts from the named region as it is now; false when there is none.
+bool RegionChangeOfNamed(SVFileGUI* window, const char* name, SVRegionChange& change) {
+  SVRegionList& regions = window->Manager().Project().Regions();
+  auto it = RegionNamed(regions, name);
+  if (it == regions.end()) return false;
+  if (it->id == 0) it->id = SVRegionIdNew();
+  change.id = it->id;
+  change.index = static_cast<std::size_t>(std::distance(regions.begin(), it));
+  change.hasBefore = true;
+  change.before = *it;
+  return true;
+}
+
 }  // namespace
 
 bool SVMarkCommands::BookmarkAdd(SVFileGUI* window, const char* name, long long position) {
@@ -97,31 +110,18 @@ bool SVMarkCommands::RegionAdd(SVFileGUI* window, const char* name, long long st
 
 bool SVMarkCommands::RegionDelete(SVFileGUI* window, const char* name) {
   if (!CanMark(window)) return false;
-  SVRegionList& regions = window->Manager().Project().Regions();
-  auto it = RegionNamed(regions, name);
-  if (it == regions.end()) return false;
-  if (it->id == 0) it->id = SVRegionIdNew();
   SVRegionChange change;
-  change.id = it->id;
-  change.index = static_cast<std::size_t>(std::distance(regions.begin(), it));
-  change.hasBefore = true;
-  change.before = *it;
+  if (!RegionChangeOfNamed(window, name, change)) return false;
   RegionStep(window, kSVRegionDeleteLabel, std::move(change));
   return true;
 }
 
 bool SVMarkCommands::RegionMove(SVFileGUI* window, const char* name, long long start, long long end) {
   if (!CanMark(window)) return false;
-  SVRegionList& regions = window->Manager().Project().Regions();
-  auto it = RegionNamed(regions, name);
-  if (it == regions.end()) return false;
-  if (it->id == 0) it->id = SVRegionIdNew();
   SVRegionChange change;
-  change.id = it->id;
-  change.index = static_cast<std::size_t>(std::distance(regions.begin(), it));
-  change.hasBefore = change.hasAfter = true;
-  change.before = *it;
-  change.after = *it;
+  if (!RegionChangeOfNamed(window, name, change)) return false;
+  change.hasAfter = true;
+  change.after = change.before;
   RegionCopyFrom(*window->File(), change.after, start, end);
   RegionStep(window, kSVRegionMoveLabel, std::move(change));
   return true;
