@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 namespace lsf_detail {
 
@@ -240,6 +241,11 @@ struct LSFULAW {
 // Stored values to float; count is frames x channels.
 template <class Tag>
 void ConvertSamplesIn(float* out, const void* in, long long count) {
+  if constexpr (std::is_same_v<Tag, LSFF32>) {
+    // Stored in the machine's own order: a copy.
+    if (count > 0) std::memcpy(out, in, static_cast<size_t>(count) * sizeof(float));
+    return;
+  }
   const auto* src = static_cast<const unsigned char*>(in);
   long long i = 0;
   for (; i + 8 <= count; i += 8) {
