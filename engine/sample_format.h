@@ -262,6 +262,10 @@ void ConvertSamplesIn(float* out, const void* in, long long count) {
 // Float to stored values; count is frames x channels.
 template <class Tag>
 void ConvertSamplesOut(void* out, const float* in, long long count) {
+  if constexpr (std::is_same_v<Tag, LSFF32>) {
+    if (count > 0) std::memcpy(out, in, static_cast<size_t>(count) * sizeof(float));
+    return;
+  }
   auto* dst = static_cast<unsigned char*>(out);
   long long i = 0;
   for (; i + 8 <= count; i += 8) {
