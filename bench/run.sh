@@ -305,14 +305,14 @@ wl_reverse_cold() {
   timed reverse_cold sox "$r" sox "$INS" "$(out reverse_cold sox)/out.wav" reverse
 }
 
-#: mp3 | open ${SHORT_MINUTES} min MP3 into the cache | ffmpeg 1.3
+#: mp3 | open ${SHORT_MINUTES} min MP3 into the cache | ffmpeg 1.1
 wl_mp3() {
   local r=$1
   open_any mp3 "$r" "$INMP3"
   timed mp3 ffmpeg "$r" ffmpeg -nostdin -loglevel error -y -i "$INMP3" -f f32le "$(out mp3 ffmpeg)/out.raw"
 }
 
-#: flac | open ${SHORT_MINUTES} min FLAC into the cache | ffmpeg 1.3
+#: flac | open ${SHORT_MINUTES} min FLAC into the cache | ffmpeg 1.1
 wl_flac() {
   local r=$1
   open_any flac "$r" "$INFLAC"

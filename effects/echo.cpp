@@ -149,14 +149,22 @@ LSRCEcho::LSRCEcho(const LSoundSource& input, int gainPercent, long long timeMs)
 void LSRCEcho::Read(float* buffer, long long frames) {
   ReadInput(buffer, frames);
   const long long samples = frames * GetChannels();
-  float* line = line_.get();
   const float g = feedback_;
   long long index = index_;
-  for (long long i = 0; i < samples; ++i) {
-    float y = line[index] * g + buffer[i];
-    buffer[i] = y;
-    line[index] = y;
-    if (++index == length_) index = 0;
+  // In runs up to the line's wrap, each sample meets only its own place in the
+  // line, so a run has no dependency and the compiler vectorises it.
+  for (long long i = 0; i < samples;) {
+    const long long run = std::min(samples - i, length_ - index);
+    float* __restrict out = buffer + i;
+    float* __restrict line = line_.get() + index;
+    for (long long k = 0; k < run; ++k) {
+      const float y = line[k] * g + out[k];
+      out[k] = y;
+      line[k] = y;
+    }
+    i += run;
+    index += run;
+    if (index == length_) index = 0;
   }
   index_ = index;
 }

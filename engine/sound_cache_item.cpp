@@ -154,7 +154,8 @@ LProcessResult LSoundCacheItemAdd(LProcessInterface& process, LSoundSource sourc
   if (cache.Folder().empty()) cache.FolderSetDefault();
   LStringLong folder = cache.Folder();
 
-  const long long frames = source.GetEndSample();
+  // Estimated: a compressed file's exact length is learnt by copying it.
+  const long long frames = source.GetEndSampleEstimate();
   const long long required = frames * source.GetChannels() * static_cast<long long>(sizeof(float)) +
                              kLSoundCacheHeadRoomBytes;
   const char* measured = LFileExists(folder.c_str()) ? folder.c_str() : "/";

@@ -24,21 +24,33 @@ template <int kChannels>
 void Peaks(const float* buffer, long long frames, int channels, float* positive, float* negative) {
   const int n = kChannels > 0 ? kChannels : channels;
   if constexpr (kChannels > 0) {
-    float hi[kChannels], lo[kChannels];
-    for (int c = 0; c < kChannels; ++c) {
-      hi[c] = positive[c];
-      lo[c] = negative[c];
+    // Eight lanes, each a channel's running peak over every eighth sample, fill
+    // whole vectors; the lanes of a channel are joined at the end.
+    constexpr int kLanes = 8;
+    static_assert(kLanes % kChannels == 0);
+    float hi[kLanes], lo[kLanes];
+    for (int k = 0; k < kLanes; ++k) {
+      hi[k] = positive[k % kChannels];
+      lo[k] = negative[k % kChannels];
     }
-    for (long long f = 0; f < frames; ++f) {
-      for (int c = 0; c < kChannels; ++c) {
-        const float v = buffer[f * kChannels + c];
-        hi[c] = v > hi[c] ? v : hi[c];
-        lo[c] = v < lo[c] ? v : lo[c];
+    const long long samples = frames * kChannels;
+    long long i = 0;
+    for (; i + kLanes <= samples; i += kLanes) {
+      for (int k = 0; k < kLanes; ++k) {
+        const float v = buffer[i + k];
+        hi[k] = v > hi[k] ? v : hi[k];
+        lo[k] = v < lo[k] ? v : lo[k];
       }
     }
-    for (int c = 0; c < kChannels; ++c) {
-      positive[c] = hi[c];
-      negative[c] = lo[c];
+    for (; i < samples; ++i) {
+      const int k = static_cast<int>(i % kLanes);
+      hi[k] = buffer[i] > hi[k] ? buffer[i] : hi[k];
+      lo[k] = buffer[i] < lo[k] ? buffer[i] : lo[k];
+    }
+    for (int k = 0; k < kLanes; ++k) {
+      const int c = k % kChannels;
+      positive[c] = hi[k] > positive[c] ? hi[k] : positive[c];
+      negative[c] = lo[k] < negative[c] ? lo[k] : negative[c];
     }
   } else {
     for (long long f = 0; f < frames; ++f) {

@@ -9,7 +9,9 @@
 //  2. Seek may go anywhere, also outside 0 .. GetEndSample.
 //  3. GetPositionSample is the frame the next Read starts at.
 //  4. A growing source answers IsStreaming with true; a reader at its current end
-//     calls WaitForStreamingData and asks again.
+//     calls WaitForStreamingData and asks again. A source that learns its length
+//     only by reading to its end (compressed sound) streams that way to a reader
+//     that asks GetEndSampleKnown; GetEndSample makes it find the length first.
 //  5. A wrapping source holds the handle of what it wraps, reads through it and
 //     forwards Seek after clearing its own state.
 // The handle checks the count: the object's Read is only ever called with n > 0.
@@ -41,6 +43,12 @@ public:
   virtual void Read(float* buffer, long long frames) = 0;
   virtual long long GetPositionSample() const = 0;
   virtual long long GetEndSample() const = 0;
+  // The end as far as it is known without extra work: GetEndSample, except for a
+  // source that learns its length while it is read, which answers the frames it
+  // has ready and streams until it knows.
+  virtual long long GetEndSampleKnown() const { return GetEndSample(); }
+  // A guess of the end for progress and disk space, without extra work.
+  virtual long long GetEndSampleEstimate() const { return GetEndSampleKnown(); }
   virtual void Seek(long long frame);
   virtual int ControlMessage(int code, long* value);
   virtual long long AdjustRelativeOffset(long long offset, long long reference);
@@ -104,6 +112,8 @@ public:
   }
   long long GetPositionSample() const { return object_ ? object_->GetPositionSample() : 0; }
   long long GetEndSample() const { return object_ ? object_->GetEndSample() : 0; }
+  long long GetEndSampleKnown() const { return object_ ? object_->GetEndSampleKnown() : 0; }
+  long long GetEndSampleEstimate() const { return object_ ? object_->GetEndSampleEstimate() : 0; }
   bool IsStreaming() const { return object_ && object_->IsStreaming(); }
   void WaitForStreamingData(int milliseconds) {
     if (object_) object_->WaitForStreamingData(milliseconds);

@@ -17,14 +17,15 @@ LProcessResult Process(LProcessInterface& process, LPRSourceToSink& job) {
       result = kLProcessCancelled;
       break;
     }
-    long long end = source.GetEndSample();
+    // A compressed file is counted while it is copied, not decoded twice.
+    long long end = source.GetEndSampleKnown();
     long long at = source.GetPositionSample();
     if (at >= end) {
       // A streaming source is followed while it grows; a writer that died leaves
       // one that streams forever, so a wait without growth ends the job.
       if (!source.IsStreaming()) break;
       source.WaitForStreamingData(100);
-      if (source.GetEndSample() <= at) break;
+      if (source.GetEndSampleKnown() <= at) break;
       continue;
     }
     long long frames = std::min(kLPumpBlockFrames, end - at);
@@ -35,7 +36,10 @@ LProcessResult Process(LProcessInterface& process, LPRSourceToSink& job) {
       result = kLProcessFailed;
       break;
     }
-    if (end > start) process.SetProgress(static_cast<double>(at + frames - start) / static_cast<double>(end - start));
+    const long long whole = std::max(end, source.GetEndSampleEstimate());
+    if (whole > start) {
+      process.SetProgress(std::min(1.0, static_cast<double>(at + frames - start) / static_cast<double>(whole - start)));
+    }
   }
   if (result == kLProcessSuccess) process.SetProgress(1.0);
   if (job.closeSink_) {

@@ -101,7 +101,14 @@ struct LFFmpegSource::Decoder {
 
   int Rate() const { return rate_; }
   int Channels() const { return channels_; }
-  long long FrameCount() const { return frameCount_; }
+  // The exact length; a file still being counted by reading is counted to its end first.
+  long long FrameCount();
+  bool LengthKnown() const { return lengthKnown_; }
+  // While the length is being learnt, the frames decoded so far.
+  long long FramesKnown() const { return lengthKnown_ ? frameCount_ : at_ + static_cast<long long>(queueFrames_); }
+  long long FramesEstimated() const { return lengthKnown_ ? frameCount_ : std::max(estimate_, FramesKnown()); }
+  // Decodes a buffer's worth ahead of a reader that follows the stream.
+  void ReadAhead();
 
 private:
   struct Entry {
@@ -120,6 +127,10 @@ private:
   [[nodiscard]] unsigned char OpenDecoder();
   // Counts the frames the decoder gives (uncompressed sound: takes the container's count).
   void Count();
+  // True when the container's count is taken as it is.
+  bool CountFromContainer() const;
+  // The end was reached while reading from the start: the frames read are the length.
+  void LengthLearnt();
   // Readies the decoder so that the next frame it gives is frame 0.
   void Rewind();
   void ResetDecoder();
@@ -157,6 +168,10 @@ private:
   LArray<std::uint8_t> reshaped_;
 
   long long frameCount_ = 0;
+  // False while a file read from its start learns its length as it goes; a
+  // reader that jumps ahead has it counted first.
+  bool lengthKnown_ = true;
+  long long estimate_ = 0;
   // Decoded frames waiting, from queueHead_ on; the first stands for frame at_.
   LArray<float> queue_;
   size_t queueHead_ = 0;
@@ -296,6 +311,28 @@ unsigned char LFFmpegSource::Decoder::Open(std::unique_ptr<LByteStream> byteStre
   if (!stream_) return kLSourceCannotOpen;
   unsigned char code = OpenInput(info);
   if (code != kLSourceOK) return code;
+  // Copying into the cache reads from the start to the end, so MP3 and FLAC are
+  // counted as they are copied instead of being decoded twice. Ogg (a last block
+  // cut by its granule position) and coarse time stamps need the count first.
+  if (!CountFromContainer() && !coarse_ && std::strcmp(fmt_->iformat->name, "ogg") != 0) {
+    const AVStream* st = fmt_->streams[index_];
+    if (st->duration > 0) {
+      estimate_ = av_rescale_q(st->duration, timeBase_, AVRational{1, rate_});
+    } else if (fmt_->duration > 0) {
+      estimate_ = av_rescale_q(fmt_->duration, AV_TIME_BASE_Q, AVRational{1, rate_});
+    }
+    lengthKnown_ = false;
+    counting_ = true;
+    at_ = 0;
+    if (!NextFrame()) {
+      if (broken_ || sawFirstPacket_ || !inputDone_) return kLSourceDamaged;
+      LengthLearnt();
+      return kLSourceOK;
+    }
+    if (!Append()) return kLSourceDamaged;
+    basePts_ = FrameTime(frame_);
+    return kLSourceOK;
+  }
   Count();
   Rewind();
   // The first frame fixes the time stamp of frame 0. A file without one is damaged,
@@ -313,12 +350,46 @@ unsigned char LFFmpegSource::Decoder::Open(std::unique_ptr<LByteStream> byteStre
   return kLSourceOK;
 }
 
-void LFFmpegSource::Decoder::Count() {
+bool LFFmpegSource::Decoder::CountFromContainer() const {
   // Uncompressed samples are as many as the container says; a file that holds
   // fewer reads the rest as silence.
   const AVStream* st = fmt_->streams[index_];
   const AVCodecID id = st->codecpar->codec_id;
-  if (id >= AV_CODEC_ID_FIRST_AUDIO && id < AV_CODEC_ID_ADPCM_IMA_QT && st->duration > 0 && !coarse_) {
+  return id >= AV_CODEC_ID_FIRST_AUDIO && id < AV_CODEC_ID_ADPCM_IMA_QT && st->duration > 0 && !coarse_;
+}
+
+void LFFmpegSource::Decoder::LengthLearnt() {
+  frameCount_ = at_ + static_cast<long long>(queueFrames_);
+  lengthKnown_ = true;
+  counting_ = false;
+  std::sort(landmarks_.begin(), landmarks_.end(), [](const Landmark& a, const Landmark& b) { return a.pos < b.pos; });
+}
+
+long long LFFmpegSource::Decoder::FrameCount() {
+  if (!lengthKnown_) {
+    // Asked before the end was reached: counted from the start, as at opening.
+    Rewind();
+    Count();
+    lengthKnown_ = true;
+    Rewind();
+  }
+  return frameCount_;
+}
+
+void LFFmpegSource::Decoder::ReadAhead() {
+  while (!lengthKnown_ && queueFrames_ < static_cast<size_t>(kLFileBufferFrames)) {
+    if (!NextFrame()) {
+      LengthLearnt();
+      return;
+    }
+    Append();
+  }
+}
+
+void LFFmpegSource::Decoder::Count() {
+  const AVStream* st = fmt_->streams[index_];
+  const AVCodecID id = st->codecpar->codec_id;
+  if (CountFromContainer()) {
     frameCount_ = av_rescale_q(st->duration, timeBase_, AVRational{1, rate_});
     return;
   }
@@ -609,8 +680,10 @@ void LFFmpegSource::Decoder::SeekTo(long long target) {
 }
 
 long long LFFmpegSource::Decoder::Fetch(float* out, long long pos, long long n) {
-  if (pos >= frameCount_ || broken_) return 0;
-  n = std::min(n, frameCount_ - pos);
+  // A reader that leaves the straight way from the start needs the length to find its place.
+  if (!lengthKnown_ && pos != at_) FrameCount();
+  if (broken_ || (lengthKnown_ && pos >= frameCount_)) return 0;
+  if (lengthKnown_) n = std::min(n, frameCount_ - pos);
   if (pos != at_) {
     // A decoder that ended early is not restarted for the silence after its end.
     if (drained_ && queueFrames_ == 0 && pos > at_) return 0;
@@ -621,7 +694,10 @@ long long LFFmpegSource::Decoder::Fetch(float* out, long long pos, long long n) 
   long long got = 0;
   while (got < n) {
     if (queueFrames_ == 0) {
-      if (!NextFrame()) break;
+      if (!NextFrame()) {
+        if (!lengthKnown_) LengthLearnt();
+        break;
+      }
       Append();
       continue;
     }
@@ -663,6 +739,10 @@ void LFFmpegSource::Read(float* out, long long frames) {
 }
 
 long long LFFmpegSource::GetEndSample() const { return decoder_->FrameCount(); }
+long long LFFmpegSource::GetEndSampleKnown() const { return decoder_->FramesKnown(); }
+long long LFFmpegSource::GetEndSampleEstimate() const { return decoder_->FramesEstimated(); }
+bool LFFmpegSource::IsStreaming() const { return !decoder_->LengthKnown(); }
+void LFFmpegSource::WaitForStreamingData(int) { decoder_->ReadAhead(); }
 
 #else
 
@@ -685,6 +765,10 @@ void LFFmpegSource::Read(float* out, long long frames) {
 }
 
 long long LFFmpegSource::GetEndSample() const { return 0; }
+long long LFFmpegSource::GetEndSampleKnown() const { return 0; }
+long long LFFmpegSource::GetEndSampleEstimate() const { return 0; }
+bool LFFmpegSource::IsStreaming() const { return false; }
+void LFFmpegSource::WaitForStreamingData(int) {}
 
 #endif
 

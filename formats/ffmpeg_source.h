@@ -7,9 +7,11 @@
 // channel count, integers scaled as our sample formats scale them (16 bits by
 // 32767, G.711 at its working scale), so a file reads the same here as through
 // our own readers. The length of compressed sound is counted when the file is
-// opened, by decoding it through once (only the decoder knows for certain how
-// many frames come out); uncompressed sound takes the container's count. So
-// GetEndSample is exact and the source never streams. The decoder honours the
+// read through once (only the decoder knows for certain how many frames come
+// out); uncompressed sound takes the container's count. MP3, FLAC and the like
+// stream until a reader from the start reaches the end, which tells the length
+// (GetEndSampleKnown grows as they are decoded); GetEndSample, or a reader that
+// jumps, has them counted first, so GetEndSample is always exact. The decoder honours the
 // encoder delay and padding that the container records (LAME's tag in MP3, the
 // pre-skip of Opus, edit lists of MP4), so a file lines up with what it was made
 // from. Seek is sample-accurate: the decoder restarts ahead of the target and
@@ -49,6 +51,10 @@ public:
   void Read(float* buffer, long long frames) override;
   long long GetPositionSample() const override { return position_; }
   long long GetEndSample() const override;
+  long long GetEndSampleKnown() const override;
+  long long GetEndSampleEstimate() const override;
+  bool IsStreaming() const override;
+  void WaitForStreamingData(int milliseconds) override;
   void Seek(long long frame) override { position_ = frame; }
 
   struct Decoder;

@@ -129,3 +129,24 @@ TEST(SampleFormat, ResultsDoNotDependOnTheGrouping) {
   }
   EXPECT_EQ(In<LSFLE24>(bytes), piecesIn);
 }
+
+TEST(SampleFormat, EverySixteenAndTwentyFourBitCodeReadsAsItsQuotientByFullScale) {
+  Codes codes16;
+  for (int x = -32768; x < 32768; ++x) {
+    codes16.insert(codes16.end(), {static_cast<unsigned char>(x), static_cast<unsigned char>(x >> 8)});
+  }
+  const std::vector<float> got16 = In<LSF16>(codes16);
+  for (int x = -32768; x < 32768; ++x) {
+    ASSERT_EQ(got16[static_cast<size_t>(x + 32768)], static_cast<float>(x) / 32767.0f) << x;
+  }
+  Codes codes24;
+  for (std::int32_t x = -(1 << 23); x < (1 << 23); ++x) {
+    codes24.insert(codes24.end(), {static_cast<unsigned char>(x), static_cast<unsigned char>(x >> 8),
+                                   static_cast<unsigned char>(x >> 16)});
+  }
+  const std::vector<float> got24 = In<LSFLE24>(codes24);
+  for (std::int32_t x = -(1 << 23); x < (1 << 23); ++x) {
+    const float quotient = static_cast<float>(static_cast<double>(x * 256) / 2147483647.0);
+    ASSERT_EQ(got24[static_cast<size_t>(x + (1 << 23))], quotient) << x;
+  }
+}

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <vector>
 
 #include "formats/wave_file.h"
@@ -62,4 +64,41 @@ TEST(SoundDither, QuietInputAfterLongSilenceStaysSilent) {
 TEST(SoundDither, The16BitWaveWriterDithersAbove8000HzOnly) {
   EXPECT_EQ(WrittenBy16BitWave(8000, kTenPointFour), std::vector<std::int16_t>(5, 10));
   EXPECT_EQ(WrittenBy16BitWave(8001, kTenPointFour), (std::vector<std::int16_t>{10, 11, 10, 10, 11}));
+}
+
+TEST(SoundDither, EveryChannelCountShapesEachChannelAsAMonoStreamWouldInAnyBlocks) {
+  // Noise of both signs with a silent stretch, so every branch is taken.
+  std::vector<float> noise(3000);
+  std::uint32_t seed = 12345;
+  for (size_t i = 0; i < noise.size(); ++i) {
+    seed = seed * 1664525u + 1013904223u;
+    noise[i] = (i > 1000 && i < 1100) ? 0.0f : (static_cast<float>(seed >> 8) / 16777216.0f - 0.5f) * 0.01f;
+  }
+  for (int channels : {2, 3}) {
+    std::vector<float> interleaved;
+    for (float v : noise) {
+      for (int c = 0; c < channels; ++c) interleaved.push_back(c == 1 ? -v : v * static_cast<float>(c + 1));
+    }
+    LSoundDither many(true);
+    std::vector<std::int16_t> got;
+    const size_t step = static_cast<size_t>(234 * channels);
+    for (size_t at = 0; at < interleaved.size(); at += step) {
+      const std::vector<float> piece(interleaved.begin() + static_cast<long>(at),
+                                     interleaved.begin() + static_cast<long>(std::min(at + step, interleaved.size())));
+      const std::vector<std::int16_t> out = Dithered(many, piece, channels);
+      got.insert(got.end(), out.begin(), out.end());
+    }
+    for (int c = 0; c < channels; ++c) {
+      std::vector<float> mono;
+      for (size_t i = static_cast<size_t>(c); i < interleaved.size(); i += static_cast<size_t>(channels)) {
+        mono.push_back(interleaved[i]);
+      }
+      LSoundDither one(true);
+      const std::vector<std::int16_t> expected = Dithered(one, mono);
+      for (size_t f = 0; f < expected.size(); ++f) {
+        ASSERT_EQ(got[f * static_cast<size_t>(channels) + static_cast<size_t>(c)], expected[f])
+            << channels << " channels, channel " << c << ", frame " << f;
+      }
+    }
+  }
 }
