@@ -7,7 +7,11 @@
 EditorSession::EditorSession(bool interactive, bool quietProgress)
     : frontEnd_(interactive, quietProgress), main_(frontEnd_, board_), commands_(main_) {
   commands_.QuitConfirmSet(interactive);
+  // A script's next command comes after the sound; the prompt comes back at once.
+  commands_.PlayWaitSet(!interactive);
 }
+
+void EditorSession::RecordingsRecover() { std::fputs(commands_.RecordingsRecover().c_str(), stderr); }
 
 SVFile* EditorSession::Current() {
   SVFileGUI* window = main_.Windows().CurrentFileWindow();
