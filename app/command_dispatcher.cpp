@@ -249,13 +249,13 @@ SVCommandResult SVCommandDispatcher::EditRange(SVEfCutListProcess& edit, const c
   return result;
 }
 
-std::string SVCommandDispatcher::UnsavedTitles() const {
+std::string SVCommandDispatcher::UnsavedTitles(bool recovered) const {
   std::string titles;
   SVWindowManager& m = main_.Windows();
   for (int t = 0; t < m.TabCount(); ++t) {
     for (int i = 0; i < m.TabFileWindowCount(t); ++i) {
       SVFileGUI* window = m.FileWindowAt(t, i);
-      if (!window->File()->IsModified()) continue;
+      if (!window->File()->IsModified() || (!recovered && recovered_.count(window))) continue;
       titles += (titles.empty() ? "\"" : ", \"") + window->Title() + "\"";
     }
   }

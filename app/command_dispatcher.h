@@ -60,8 +60,9 @@ public:
   // Quit asks once before it drops unsaved changes (an interactive session).
   void QuitConfirmSet(bool confirm) { quitConfirm_ = confirm; }
   [[nodiscard]] bool QuitRequested() const { return quit_; }
-  // The titles of the documents with unsaved changes, quoted and joined; empty when none.
-  [[nodiscard]] std::string UnsavedTitles() const;
+  // The titles of the documents with unsaved changes, quoted and joined; empty
+  // when none. Recovered recordings only when asked: unsaved they come back.
+  [[nodiscard]] std::string UnsavedTitles(bool recovered = true) const;
   [[nodiscard]] MainDialog& Main() const { return main_; }
 
 private:

@@ -63,7 +63,7 @@ int EditorSession::SaveCurrent(const std::string& path, const std::string& to) {
 }
 
 void EditorSession::WarnUnsaved() {
-  const std::string titles = commands_.UnsavedTitles();
+  const std::string titles = commands_.UnsavedTitles(false);
   if (!titles.empty()) {
     std::fprintf(stderr, "Warnung: Die Änderungen an %s wurden nicht gespeichert und gehen verloren.\n", titles.c_str());
   }

@@ -176,6 +176,7 @@ TEST_F(CommandDispatcherTest, PlayAndRecordGoThroughTheDeviceAndAKilledRecording
   EXPECT_EQ(recovered->Title().rfind("Wiederhergestellte Aufnahme vom ", 0), 0u) << recovered->Title();
   EXPECT_EQ(recovered->File()->CutList().GetLength(), 5000);
   EXPECT_TRUE(recovered->File()->IsModified()) << "quitting asks before it goes";
+  EXPECT_EQ(commands_->UnsavedTitles(false), "") << "a script's end does not lose it";
   ASSERT_EQ(Run(kSVCmdClose).result, kLProcessSuccess);
   EXPECT_EQ(commands_->RecordingsRecover().empty(), false) << "closed unsaved: offered again";
   ASSERT_EQ(Run(kSVCmdSave, Texts({temp_.File("aufnahme.wav")})).result, kLProcessSuccess);
