@@ -4,11 +4,15 @@
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
+#include <chrono>
 #include <memory>
+#include <thread>
 
 #include "app/core_utils.h"
 #include "app/paste_source.h"
 #include "app/undo_commands.h"
+#include "audio/audio_recorder.h"
+#include "audio/recording_recovery.h"
 #include "app/cut_list_render.h"
 #include "app/dc_offset_correction.h"
 #include "app/edit_commands.h"
@@ -202,6 +206,13 @@ SVCommandResult SVCommandDispatcher::Dispatch(const SVCommandInfo& info, const S
     case kSVCmdProjectSave:
     case kSVCmdProjectOpen:
       return Files(info.id, args);
+    case kSVCmdPlay:
+      return Play(args);
+    case kSVCmdStop:
+      PlayStop();
+      return Done();
+    case kSVCmdRecord:
+      return Record(args);
     case kSVCmdStatus:
       return Status();
     case kSVCmdHelp:
@@ -238,13 +249,13 @@ SVCommandResult SVCommandDispatcher::EditRange(SVEfCutListProcess& edit, const c
   return result;
 }
 
-std::string SVCommandDispatcher::UnsavedTitles() const {
+std::string SVCommandDispatcher::UnsavedTitles(bool recovered) const {
   std::string titles;
   SVWindowManager& m = main_.Windows();
   for (int t = 0; t < m.TabCount(); ++t) {
     for (int i = 0; i < m.TabFileWindowCount(t); ++i) {
       SVFileGUI* window = m.FileWindowAt(t, i);
-      if (!window->File()->IsModified()) continue;
+      if (!window->File()->IsModified() || (!recovered && recovered_.count(window))) continue;
       titles += (titles.empty() ? "\"" : ", \"") + window->Title() + "\"";
     }
   }
@@ -294,6 +305,8 @@ SVCommandResult SVCommandDispatcher::Documents(int id, const SVCommandArgs& args
       SVCommandResult result = Done();
       if (window->File()->IsModified())
         result.warning = "Hinweis: \"" + window->Title() + "\" wird ohne Speichern geschlossen.\n";
+      // Closed unsaved, a recovered recording is offered again at the next start.
+      recovered_.erase(window);
       m.FileWindowClose(window);
       if (!m.CurrentFileWindow() && m.TabCount() > 0) m.CurrentFileWindowSet(m.FileWindowAt(m.TabCount() - 1, 0));
       return result;
@@ -606,7 +619,14 @@ SVCommandResult SVCommandDispatcher::Files(int id, const SVCommandArgs& args) {
     if (request.dither && request.format.empty()) request.format = "pcm16";
     SVCommandResult result;
     result.result = main_.FileSave(Window(), request, &result.message, &result.warning);
-    if (result.result == kLProcessSuccess) result.message = std::string("Gespeichert: ") + Window()->File()->Path();
+    if (result.result == kLProcessSuccess) {
+      result.message = std::string("Gespeichert: ") + Window()->File()->Path();
+      // A recovered recording that is in a file now needs no offer again.
+      if (auto it = recovered_.find(Window()); it != recovered_.end()) {
+        LAudioRecordingOffered(it->second);
+        recovered_.erase(it);
+      }
+    }
     return result;
   }
   const std::string& path = args.texts.at(0);
@@ -658,5 +678,127 @@ SVCommandResult SVCommandDispatcher::Quit() {
                   " sind nicht gespeichert. Mit \"save\" speichern, oder noch einmal \"quit\", um sie zu verwerfen.");
   }
   quit_ = true;
+  // Quitting after the question drops the recovered recordings knowingly.
+  if (quitConfirm_) {
+    for (const auto& [window, item] : recovered_) LAudioRecordingOffered(item);
+    recovered_.clear();
+  }
   return Done();
+}
+
+std::string SVCommandDispatcher::RecordingsRecover() {
+  std::vector<LAudioRecoveredRecording> found;
+  LAudioRecordingsRecover(&found);
+  std::string note;
+  for (const LAudioRecoveredRecording& r : found) {
+    SVFileGUI* window = main_.FileNewFromCutList(r.list, r.title.c_str(), MainDialog::kInitialRestore);
+    if (!window) {
+      note += "Hinweis: \"" + r.title + "\" kann nicht geöffnet werden und wird beim nächsten Start wieder angeboten.\n";
+      continue;
+    }
+    // Unsaved, so that quitting asks before it is dropped.
+    window->File()->ModifiedSet(true);
+    recovered_[window] = r.item;
+    note += "Hinweis: Eine abgebrochene Aufnahme wurde als \"" + window->Title() +
+            "\" geöffnet. Mit \"save PFAD\" sichern.\n";
+  }
+  return note;
+}
+
+LAudioBackend* SVCommandDispatcher::Backend(std::string* message) {
+  if (!backend_) backend_ = LAudioBackendCreate();
+  if (!backend_) *message = LAudioStatusMessage(LAudioStatus::kBackendMissing);
+  return backend_.get();
+}
+
+void SVCommandDispatcher::PlayStop() {
+  if (playing_ && player_) player_->Remove(playing_);
+  playing_.reset();
+}
+
+SVCommandResult SVCommandDispatcher::Play(const SVCommandArgs& args) {
+  SVFile& file = *Window()->File();
+  const LCutListAudio& list = file.CutList();
+  const long long length = list.GetLength();
+  long long from = file.Cursor(), to = length;
+  if (args.times.size() >= 2) {
+    from = args.times[0];
+    to = args.times[1];
+  } else if (!file.Selection().IsEmpty()) {
+    from = file.Selection().start;
+    to = file.Selection().end;
+  }
+  to = std::min(to, length);
+  if (from < 0 || from >= to) return Failed("Im gewählten Bereich ist nichts abzuspielen.");
+  std::string message;
+  LAudioBackend* backend = Backend(&message);
+  if (!backend) return Failed(message);
+  PlayStop();
+  // The output follows the document, so nothing is converted on the way.
+  const LAudioStreamSpec spec{"", list.GetSampleRate(), list.GetChannels(), 1024};
+  if (!player_ || !player_->Stream() || player_->Status() != LAudioStatus::kOK ||
+      player_->Stream()->Spec().sampleRate != spec.sampleRate || player_->Stream()->Spec().channels != spec.channels) {
+    player_ = std::make_unique<LAudioPlayer>(*backend);
+    const LAudioStatus opened = player_->Open(spec);
+    if (opened != LAudioStatus::kOK) {
+      player_.reset();
+      return Failed(LAudioStatusMessage(opened));
+    }
+  }
+  // The source holds copies of the segments: edits while it plays leave it whole.
+  playing_ = player_->Play(list.OpenSource(), from, to);
+  if (!playing_) return Failed("Die Wiedergabe kann nicht beginnen.");
+  if (!playWait_) return Done();
+  std::shared_ptr<LAudioMixerInput> input = playing_;
+  SVCommandResult played = Job("Wiedergabe", [&](LProcessInterface& p) {
+    while (!input->IsFinished() && player_->Status() == LAudioStatus::kOK) {
+      if (p.IsCancelled()) return kLProcessCancelled;
+      p.SetProgress(static_cast<double>(input->Position() - from) / static_cast<double>(to - from));
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return kLProcessSuccess;
+  });
+  PlayStop();
+  if (player_->Status() != LAudioStatus::kOK) return Failed(player_->Message());
+  // Playing changes nothing, so a Ctrl-C only ends it.
+  return played.result == kLProcessCancelled ? Done() : played;
+}
+
+SVCommandResult SVCommandDispatcher::Record(const SVCommandArgs& args) {
+  const long long frames = args.times.at(0);
+  if (frames <= 0) return Failed("Die Länge muss größer als 0 sein.");
+  SVFileGUI* window = Window();
+  std::string message;
+  LAudioBackend* backend = Backend(&message);
+  if (!backend) return Failed(message);
+  const LAudioStreamSpec spec{"", Rate(), window ? window->File()->CutList().GetChannels() : 2, 1024};
+  LCutListAudio recorded;
+  LAudioRecorder recorder(*backend);
+  const LAudioStatus started = recorder.Start(spec, &recorded, frames);
+  if (started != LAudioStatus::kOK) return Failed(LAudioStatusMessage(started));
+  // A Ctrl-C ends the recording early and keeps what came so far.
+  (void)Job("Aufnahme", [&](LProcessInterface& p) {
+    while (recorder.IsRecording() && !p.IsCancelled()) {
+      p.SetProgress(static_cast<double>(recorder.Frames()) / static_cast<double>(frames));
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return kLProcessSuccess;
+  });
+  recorder.Stop();
+  SVCommandResult result = Done();
+  if (!recorder.Message().empty()) result.warning = recorder.Message() + "\n";
+  if (recorded.GetLength() == 0) return Failed(recorder.Message().empty() ? "Es wurde nichts aufgenommen." : recorder.Message());
+  if (!window) {
+    if (!main_.FileNewFromCutList(recorded, "Aufnahme", MainDialog::kInitialNewFile))
+      return Failed("Es kann kein weiteres Dokument angelegt werden.");
+    Window()->File()->ModifiedSet(true);
+    return result;
+  }
+  SVCommandResult edited = EditResult(SVEditCommands::InsertClip(window, recorded, "Aufnahme"), "Aufnahme");
+  if (edited.result == kLProcessSuccess) return result;
+  // The take is not lost with the edit: it gets a document of its own.
+  if (!main_.FileNewFromCutList(recorded, "Aufnahme", MainDialog::kInitialNewFile)) return edited;
+  Window()->File()->ModifiedSet(true);
+  edited.message += " Die Aufnahme wurde als neues Dokument geöffnet.";
+  return edited;
 }

@@ -8,11 +8,14 @@
 //
 // Main thread only; long work runs in the front end's progress jobs.
 #include <map>
+#include <memory>
 #include <string>
 
 #include "app/command_table.h"
 #include "app/ef_cut_list_process.h"
 #include "app/main_dialog.h"
+#include "audio/audio_device.h"
+#include "audio/audio_player.h"
 #include "base/array.h"
 #include "base/process_interface.h"
 #include "effects/sound_process_multi.h"
@@ -47,11 +50,19 @@ public:
   // The rate that times are counted in: the current document's, else 44100.
   [[nodiscard]] std::uint32_t Rate() const;
 
+  // Play waits for the end before it returns (a script), else it returns at once.
+  void PlayWaitSet(bool wait) { playWait_ = wait; }
+  // Opens the recordings that a killed program left as documents titled
+  // "Wiederhergestellte Aufnahme …"; answers a German note per recording.
+  // Each counts as offered once its document is saved or the user quits
+  // knowingly without saving; until then the next start offers it again.
+  [[nodiscard]] std::string RecordingsRecover();
   // Quit asks once before it drops unsaved changes (an interactive session).
   void QuitConfirmSet(bool confirm) { quitConfirm_ = confirm; }
   [[nodiscard]] bool QuitRequested() const { return quit_; }
-  // The titles of the documents with unsaved changes, quoted and joined; empty when none.
-  [[nodiscard]] std::string UnsavedTitles() const;
+  // The titles of the documents with unsaved changes, quoted and joined; empty
+  // when none. Recovered recordings only when asked: unsaved they come back.
+  [[nodiscard]] std::string UnsavedTitles(bool recovered = true) const;
   [[nodiscard]] MainDialog& Main() const { return main_; }
 
 private:
@@ -74,6 +85,11 @@ private:
   SVCommandResult Marks(const SVCommandInfo& info, const SVCommandArgs& args);
   SVCommandResult Files(int id, const SVCommandArgs& args);
   SVCommandResult Status() const;
+  SVCommandResult Play(const SVCommandArgs& args);
+  SVCommandResult Record(const SVCommandArgs& args);
+  // The backend, made at the first use; nullptr with the message when there is none.
+  LAudioBackend* Backend(std::string* message);
+  void PlayStop();
   SVCommandResult Quit();
 
   MainDialog& main_;
@@ -83,4 +99,10 @@ private:
   // A quit with unsaved changes was refused once; a quit right after it goes.
   bool quitWarned_ = false;
   bool quit_ = false;
+  bool playWait_ = false;
+  std::unique_ptr<LAudioBackend> backend_;
+  std::unique_ptr<LAudioPlayer> player_;
+  std::shared_ptr<LAudioMixerInput> playing_;
+  // Recovered recordings not yet counted as offered, by their document.
+  std::map<SVFileGUI*, unsigned short> recovered_;
 };

@@ -25,6 +25,7 @@ constexpr const char* kHistory = "Verlauf";
 constexpr const char* kMarks = "Marken";
 constexpr const char* kMetadata = "Metadaten";
 constexpr const char* kFiles = "Dateien";
+constexpr const char* kPlayback = "Wiedergabe";
 constexpr const char* kOther = "Sonstiges";
 constexpr const char* kSaveOptions = "--to FORMAT --quality Q --dither";
 
@@ -87,6 +88,10 @@ const SVCommandInfo kTable[] = {
     {kSVCmdSaveAs, "saveas", "Speichern unter", kFiles, C::kDocument, kDoc, {{A::kText, "PFAD"}}, kSaveOptions},
     {kSVCmdProjectSave, "project save", "Projekt speichern", kFiles, C::kNothing, 0, {{A::kText, "P.svp"}}},
     {kSVCmdProjectOpen, "project open", "Projekt öffnen", kFiles, C::kNothing, 0, {{A::kText, "P.svp"}}},
+    {kSVCmdPlay, "play", "Wiedergabe", kPlayback, C::kSelection, kDoc,
+     {{A::kTime, "ANFANG", true}, {A::kTime, "ENDE", true}}},
+    {kSVCmdStop, "stop", "Wiedergabe anhalten", kPlayback, C::kNothing, 0, {}},
+    {kSVCmdRecord, "record", "Aufnahme", kPlayback, C::kCursor, 0, {{A::kTime, "LÄNGE"}}},
     {kSVCmdStatus, "status", "Status", kOther, C::kDocument, kDoc, {}},
     {kSVCmdHelp, "hilfe|help", "Hilfe", kOther, C::kNothing, 0, {}},
     {kSVCmdQuit, "quit|exit|beenden", "Beenden", kOther, C::kNothing, 0, {}},

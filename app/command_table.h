@@ -66,6 +66,9 @@ enum SVCommandId : int {
   kSVCmdStatus = 9701,
   kSVCmdHelp = 9702,
   kSVCmdQuit = 9703,
+  kSVCmdPlay = 9801,
+  kSVCmdStop = 9802,
+  kSVCmdRecord = 9803,
 };
 
 // What a command acts on.

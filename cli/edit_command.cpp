@@ -78,6 +78,7 @@ int RunEditCommand(const std::vector<std::string>& args) {
   if (!ParseOptions(args, "edit", "-e= -f= -o= --to=", &parsed)) return kCommandFailed;
   const std::string out = parsed.Value("-o"), to = parsed.Value("--to");
   EditorSession session(false);
+  session.RecordingsRecover();
   for (const std::string& f : parsed.words) {
     int status = session.OpenDocument(f);
     if (status != kCommandOK) return status;
@@ -107,6 +108,7 @@ int RunEditCommand(const std::vector<std::string>& args) {
 int RunShellCommand(const std::vector<std::string>& args) {
   const bool terminal = isatty(STDIN_FILENO) != 0;
   EditorSession session(terminal);
+  session.RecordingsRecover();
   for (const std::string& f : args) {
     int status = session.OpenDocument(f);
     if (status != kCommandOK && !terminal) return status;

@@ -7,7 +7,11 @@
 EditorSession::EditorSession(bool interactive, bool quietProgress)
     : frontEnd_(interactive, quietProgress), main_(frontEnd_, board_), commands_(main_) {
   commands_.QuitConfirmSet(interactive);
+  // A script's next command comes after the sound; the prompt comes back at once.
+  commands_.PlayWaitSet(!interactive);
 }
+
+void EditorSession::RecordingsRecover() { std::fputs(commands_.RecordingsRecover().c_str(), stderr); }
 
 SVFile* EditorSession::Current() {
   SVFileGUI* window = main_.Windows().CurrentFileWindow();
@@ -59,7 +63,7 @@ int EditorSession::SaveCurrent(const std::string& path, const std::string& to) {
 }
 
 void EditorSession::WarnUnsaved() {
-  const std::string titles = commands_.UnsavedTitles();
+  const std::string titles = commands_.UnsavedTitles(false);
   if (!titles.empty()) {
     std::fprintf(stderr, "Warnung: Die Änderungen an %s wurden nicht gespeichert und gehen verloren.\n", titles.c_str());
   }

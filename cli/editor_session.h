@@ -28,6 +28,8 @@ public:
   // Saves the current document to path (empty: its own path) in the format named by to.
   [[nodiscard]] int SaveCurrent(const std::string& path, const std::string& to);
 
+  // Opens what recordings of a killed program left, with a note on standard error.
+  void RecordingsRecover();
   [[nodiscard]] bool QuitRequested() const { return commands_.QuitRequested(); }
   // Warns on standard error of every document with changes that were not saved.
   void WarnUnsaved();

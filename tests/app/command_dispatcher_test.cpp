@@ -10,7 +10,10 @@
 #include "app/command_dispatcher.h"
 #include "app/file.h"
 #include "app/file_gui.h"
+#include "audio/audio_fixture.h"
 #include "edit_fixture.h"
+#include "engine/sound_cache.h"
+#include "support/reporting_child.h"
 #include "effects/echo.h"
 #include "effects/effect_chain_file.h"
 
@@ -21,6 +24,8 @@ protected:
   SVCommandResult Run(int id, SVCommandArgs args = {}) { return commands_->Run(id, args); }
   void SetUp() override {
     EditTest::SetUp();
+    // Sound goes to the null device, which runs on a clock of its own.
+    ::setenv(kLAudioBackendVariable, "null", 1);
     commands_ = std::make_unique<SVCommandDispatcher>(Dialog());
   }
   void TearDown() override {
@@ -77,6 +82,7 @@ TEST_F(CommandDispatcherTest, EveryCommandRunsUnderItsLabelAndNeedsWhatTheTableS
       {kSVCmdSaveAs, {Texts({temp_.File("saveas.flac")})}},
       {kSVCmdProjectSave, {Texts({temp_.File("p.svp")})}},
       {kSVCmdProjectOpen, {Texts({temp_.File("p.svp")})}},
+      {kSVCmdRecord, {Times({100})}},
   };
   for (const SVCommandInfo& info : SVCommandTable()) {
     SCOPED_TRACE(info.word);
@@ -152,6 +158,54 @@ TEST_F(CommandDispatcherTest, CutPasteDeleteAndReverseGiveExactlyTheFramesTheyMu
   step(kSVCmdRedo);
   EXPECT_EQ(file.CutList().GetLength(), 7900);
   EXPECT_NE(Run(kSVCmdRevert).result, kLProcessSuccess) << "never saved: nothing to go back to";
+}
+
+TEST_F(CommandDispatcherTest, PlayAndRecordGoThroughTheDeviceAndAKilledRecordingComesBackUntilSaved) {
+  {
+    ReportingChild child([&](int reportFd) -> int { RecordUntilKilled(cacheFolder_, reportFd, 5000, 2); });
+    ASSERT_TRUE(child.Started());
+    long long written = 0;
+    ASSERT_TRUE(child.Read(&written, sizeof written));
+    ASSERT_TRUE(child.Kill());
+  }
+  LSoundCache::Instance().FolderSet("");
+  LSoundCache::Instance().FolderSet(cacheFolder_.c_str());
+  EXPECT_NE(commands_->RecordingsRecover().find("\"Wiederhergestellte Aufnahme vom "), std::string::npos);
+  SVFileGUI* recovered = Dialog().Windows().CurrentFileWindow();
+  ASSERT_NE(recovered, nullptr);
+  EXPECT_EQ(recovered->Title().rfind("Wiederhergestellte Aufnahme vom ", 0), 0u) << recovered->Title();
+  EXPECT_EQ(recovered->File()->CutList().GetLength(), 5000);
+  EXPECT_TRUE(recovered->File()->IsModified()) << "quitting asks before it goes";
+  EXPECT_EQ(commands_->UnsavedTitles(false), "") << "a script's end does not lose it";
+  ASSERT_EQ(Run(kSVCmdClose).result, kLProcessSuccess);
+  EXPECT_EQ(commands_->RecordingsRecover().empty(), false) << "closed unsaved: offered again";
+  ASSERT_EQ(Run(kSVCmdSave, Texts({temp_.File("aufnahme.wav")})).result, kLProcessSuccess);
+  Run(kSVCmdClose);
+  EXPECT_EQ(commands_->RecordingsRecover(), "") << "saved: offered for the last time";
+
+  SVFileGUI* window = NewDocument(StaircaseList(4000, 1));
+  SVFile& file = *window->File();
+  commands_->PlayWaitSet(true);
+  EXPECT_EQ(Run(kSVCmdPlay, Times({3000, 2000})).result, kLProcessFailed);
+  ASSERT_EQ(Run(kSVCmdPlay, Times({0, 441})).result, kLProcessSuccess) << "waits for the end";
+  EXPECT_EQ(Run(kSVCmdStop).result, kLProcessSuccess);
+
+  // At the cursor of the document, replacing the selection, as one step to undo.
+  std::vector<float> model = DocReadAll(file.CutList());
+  const std::vector<float> loaded = model;
+  file.Selection() = SVSelection{1000, 3000, 0, 0, 0};
+  ASSERT_EQ(Run(kSVCmdRecord, Times({441})).result, kLProcessSuccess);
+  model.erase(model.begin() + 1000, model.begin() + 3000);
+  model.insert(model.begin() + 1000, 441, 0.0f);  // the null device hears silence
+  EXPECT_EQ(DocReadAll(file.CutList()), model);
+  ASSERT_EQ(Run(kSVCmdUndo).result, kLProcessSuccess);
+  EXPECT_EQ(DocReadAll(file.CutList()), loaded);
+
+  // Without a document it makes one.
+  while (Dialog().Windows().TabCount() > 0) Dialog().Windows().FileWindowClose(Dialog().Windows().FileWindowAt(0, 0));
+  ASSERT_EQ(Run(kSVCmdRecord, Times({441})).result, kLProcessSuccess);
+  ASSERT_NE(Dialog().Windows().CurrentFileWindow(), nullptr);
+  EXPECT_EQ(Dialog().Windows().CurrentFileWindow()->File()->CutList().GetLength(), 441);
 }
 
 }  // namespace

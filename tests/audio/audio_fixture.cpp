@@ -1,5 +1,11 @@
 #include "audio_fixture.h"
 
+#include <unistd.h>
+
+#include <chrono>
+#include <thread>
+
+#include "audio/audio_recorder.h"
 #include "base/disk_space.h"
 #include "engine/sound_cache.h"
 
@@ -50,4 +56,28 @@ LCutListAudio RampCutList(long long frames, long long split, int channels, std::
   }
   head.EfInsert(split, tail);
   return head;
+}
+
+LAudioNullBackend::Options RampInput(int channels) {
+  return LAudioNullBackend::Options{false, 0, 0, [channels](float* out, long frames, long long at) {
+                                      for (long f = 0; f < frames; ++f)
+                                        for (int c = 0; c < channels; ++c) out[f * channels + c] = RampValue(at + f, c);
+                                    }};
+}
+
+void RecordUntilKilled(const std::string& folder, int reportFd, long long frames, int channels) {
+  LSoundCache::Instance().FolderSet("");
+  LSoundCache::Instance().FolderSet(folder.c_str());
+  LAudioNullBackend backend(RampInput(channels));
+  LCutListAudio list;
+  LAudioRecorder recorder(backend);
+  LAudioStreamSpec spec;
+  spec.channels = channels;
+  spec.bufferFrames = 500;
+  if (recorder.Start(spec, &list) != LAudioStatus::kOK) _exit(1);
+  (void)backend.LastStream()->Pump(frames);
+  while (recorder.Frames() < frames) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  const long long written = recorder.Frames();
+  if (write(reportFd, &written, sizeof written) != sizeof written) _exit(1);
+  for (;;) std::this_thread::sleep_for(std::chrono::seconds(1));
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "audio/audio_null_backend.h"
 #include "engine/cut_list_audio.h"
 #include "engine/sound_source.h"
 #include "support/temp_folder.h"
@@ -42,3 +43,9 @@ private:
 // A cut list of the ramp cut into segments of two cache items: the first item's
 // frames [0, split) and the second's, each written through the cut-list sink.
 [[nodiscard]] LCutListAudio RampCutList(long long frames, long long split, int channels, std::uint32_t rate);
+
+// A paced null input that delivers the ramp.
+[[nodiscard]] LAudioNullBackend::Options RampInput(int channels);
+// In a child (tests/support/reporting_child.h): records frames of the ramp into
+// the cache at folder, reports the frames written (a long long) and waits to be killed.
+[[noreturn]] void RecordUntilKilled(const std::string& folder, int reportFd, long long frames, int channels);

@@ -3,12 +3,10 @@
 #include "audio/recording_recovery.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <thread>
 
-#include "audio/audio_null_backend.h"
 #include "audio/audio_recorder.h"
 #include "audio_fixture.h"
 #include "base/platform_file.h"
@@ -21,38 +19,13 @@ namespace {
 constexpr int kChannels = 2;
 constexpr long long kFrames = 5000;
 
-LAudioNullBackend::Options RampInput() {
-  return LAudioNullBackend::Options{false, 0, 0, [](float* out, long frames, long long at) {
-                                      for (long f = 0; f < frames; ++f)
-                                        for (int c = 0; c < kChannels; ++c) out[f * kChannels + c] = RampValue(at + f, c);
-                                    }};
-}
-
-// Records kFrames of the ramp, tells the parent, and waits to be killed.
-[[noreturn]] void RecordUntilKilled(const std::string& folder, int reportFd) {
-  LSoundCache::Instance().FolderSet("");
-  LSoundCache::Instance().FolderSet(folder.c_str());
-  LAudioNullBackend backend(RampInput());
-  LCutListAudio list;
-  LAudioRecorder recorder(backend);
-  LAudioStreamSpec spec;
-  spec.channels = kChannels;
-  spec.bufferFrames = 500;
-  if (recorder.Start(spec, &list) != LAudioStatus::kOK) _exit(1);
-  (void)backend.LastStream()->Pump(kFrames);
-  while (recorder.Frames() < kFrames) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  const long long frames = recorder.Frames();
-  if (write(reportFd, &frames, sizeof frames) != sizeof frames) _exit(1);
-  for (;;) std::this_thread::sleep_for(std::chrono::seconds(1));
-}
-
 }  // namespace
 
 TEST_F(AudioTest, ARecordingOfAKilledProgramIsOfferedAgainAndKeptUntilThen) {
   const std::string folder = temp_.File("cache");
   {
     // A recording that ends normally leaves nothing to recover.
-    LAudioNullBackend backend(RampInput());
+    LAudioNullBackend backend(RampInput(kChannels));
     LCutListAudio list;
     LAudioRecorder recorder(backend);
     ASSERT_EQ(recorder.Start(LAudioStreamSpec{"", 48000, kChannels, 500}, &list, 1000), LAudioStatus::kOK);
@@ -64,7 +37,7 @@ TEST_F(AudioTest, ARecordingOfAKilledProgramIsOfferedAgainAndKeptUntilThen) {
   EXPECT_TRUE(found.empty());
 
   {
-    ReportingChild child([&](int reportFd) -> int { RecordUntilKilled(folder, reportFd); });
+    ReportingChild child([&](int reportFd) -> int { RecordUntilKilled(folder, reportFd, kFrames, kChannels); });
     ASSERT_TRUE(child.Started());
     long long written = 0;
     ASSERT_TRUE(child.Read(&written, sizeof written));
