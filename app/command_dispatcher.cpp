@@ -70,11 +70,11 @@ double NumberOr(const SVCommandArgs& args, std::size_t index, double fallback) {
 // Whether args hold at least the arguments the row requires, of each kind.
 bool ArgumentsComplete(const SVCommandInfo& info, const SVCommandArgs& args) {
   std::size_t times = 0, numbers = 0, texts = 0;
-  for (const SVArgSpec& spec : info.args) {
-    if (spec.optional) continue;
-    times += spec.kind == SVArgKind::kTime;
-    numbers += spec.kind == SVArgKind::kNumber;
-    texts += spec.kind == SVArgKind::kText || spec.kind == SVArgKind::kTexts;
+  for (const SVArgSpec& shape : info.args) {
+    if (shape.optional) continue;
+    times += shape.kind == SVArgKind::kTime;
+    numbers += shape.kind == SVArgKind::kNumber;
+    texts += shape.kind == SVArgKind::kText || shape.kind == SVArgKind::kTexts;
   }
   return args.times.size() >= times && args.numbers.size() >= numbers && args.texts.size() >= texts;
 }
@@ -735,11 +735,11 @@ SVCommandResult SVCommandDispatcher::Play(const SVCommandArgs& args) {
   if (!backend) return Failed(message);
   PlayStop();
   // The output follows the document, so nothing is converted on the way.
-  const LAudioStreamSpec spec{"", list.GetSampleRate(), list.GetChannels(), 1024};
+  const LAudioStreamSpec shape{"", list.GetSampleRate(), list.GetChannels(), 1024};
   if (!player_ || !player_->Stream() || player_->Status() != LAudioStatus::kOK ||
-      player_->Stream()->Spec().sampleRate != spec.sampleRate || player_->Stream()->Spec().channels != spec.channels) {
+      player_->Stream()->Shape().sampleRate != shape.sampleRate || player_->Stream()->Shape().channels != shape.channels) {
     player_ = std::make_unique<LAudioPlayer>(*backend);
-    const LAudioStatus opened = player_->Open(spec);
+    const LAudioStatus opened = player_->Open(shape);
     if (opened != LAudioStatus::kOK) {
       player_.reset();
       return Failed(LAudioStatusMessage(opened));
@@ -771,10 +771,10 @@ SVCommandResult SVCommandDispatcher::Record(const SVCommandArgs& args) {
   std::string message;
   LAudioBackend* backend = Backend(&message);
   if (!backend) return Failed(message);
-  const LAudioStreamSpec spec{"", Rate(), window ? window->File()->CutList().GetChannels() : 2, 1024};
+  const LAudioStreamSpec shape{"", Rate(), window ? window->File()->CutList().GetChannels() : 2, 1024};
   LCutListAudio recorded;
   LAudioRecorder recorder(*backend);
-  const LAudioStatus started = recorder.Start(spec, &recorded, frames);
+  const LAudioStatus started = recorder.Start(shape, &recorded, frames);
   if (started != LAudioStatus::kOK) return Failed(LAudioStatusMessage(started));
   // A Ctrl-C ends the recording early and keeps what came so far.
   (void)Job("Aufnahme", [&](LProcessInterface& p) {

@@ -21,11 +21,11 @@ void QuietAlsa(const char*, int, const char*, int, const char*, ...) {}
 
 class AlsaStream final : public LAudioStream {
 public:
-  AlsaStream(snd_pcm_t* pcm, LAudioDirection direction, const LAudioStreamSpec& spec, LAudioCallback* callback,
+  AlsaStream(snd_pcm_t* pcm, LAudioDirection direction, const LAudioStreamSpec& shape, LAudioCallback* callback,
              snd_pcm_uframes_t period)
-      : LAudioStream(spec), pcm_(pcm), direction_(direction), callback_(callback), period_(period) {
-    deviceName_ = spec.device.empty() ? "default" : spec.device;
-    buffer_.assign(static_cast<std::size_t>(period) * spec.channels, 0.0f);
+      : LAudioStream(shape), pcm_(pcm), direction_(direction), callback_(callback), period_(period) {
+    deviceName_ = shape.device.empty() ? "default" : shape.device;
+    buffer_.assign(static_cast<std::size_t>(period) * shape.channels, 0.0f);
   }
   ~AlsaStream() override {
     Stop();
@@ -111,23 +111,23 @@ public:
     return LAudioStatus::kOK;
   }
 
-  LAudioStatus Open(LAudioDirection direction, const LAudioStreamSpec& spec, LAudioCallback* callback,
+  LAudioStatus Open(LAudioDirection direction, const LAudioStreamSpec& shape, LAudioCallback* callback,
                     std::unique_ptr<LAudioStream>* stream) override {
-    if (spec.sampleRate < 1000 || spec.channels < 1 || spec.bufferFrames == 0) return LAudioStatus::kFormatRefused;
-    const std::string name = spec.device.empty() ? "default" : spec.device;
+    if (shape.sampleRate < 1000 || shape.channels < 1 || shape.bufferFrames == 0) return LAudioStatus::kFormatRefused;
+    const std::string name = shape.device.empty() ? "default" : shape.device;
     snd_pcm_t* pcm = nullptr;
     const int opened = snd_pcm_open(&pcm, name.c_str(),
                                     direction == LAudioDirection::kOutput ? SND_PCM_STREAM_PLAYBACK : SND_PCM_STREAM_CAPTURE, 0);
     if (opened < 0) return opened == -ENOENT || opened == -ENODEV || opened == -EINVAL ? LAudioStatus::kNoDevice : LAudioStatus::kFailed;
     snd_pcm_hw_params_t* hw = nullptr;
     snd_pcm_hw_params_malloc(&hw);
-    unsigned rate = spec.sampleRate;
-    snd_pcm_uframes_t buffer = spec.bufferFrames;
-    snd_pcm_uframes_t period = std::max<snd_pcm_uframes_t>(spec.bufferFrames / 4, 16);
+    unsigned rate = shape.sampleRate;
+    snd_pcm_uframes_t buffer = shape.bufferFrames;
+    snd_pcm_uframes_t period = std::max<snd_pcm_uframes_t>(shape.bufferFrames / 4, 16);
     const bool ok = snd_pcm_hw_params_any(pcm, hw) >= 0 &&
                     snd_pcm_hw_params_set_access(pcm, hw, SND_PCM_ACCESS_RW_INTERLEAVED) >= 0 &&
                     snd_pcm_hw_params_set_format(pcm, hw, SND_PCM_FORMAT_FLOAT) >= 0 &&
-                    snd_pcm_hw_params_set_channels(pcm, hw, static_cast<unsigned>(spec.channels)) >= 0 &&
+                    snd_pcm_hw_params_set_channels(pcm, hw, static_cast<unsigned>(shape.channels)) >= 0 &&
                     snd_pcm_hw_params_set_rate(pcm, hw, rate, 0) >= 0 &&
                     snd_pcm_hw_params_set_buffer_size_near(pcm, hw, &buffer) >= 0 &&
                     snd_pcm_hw_params_set_period_size_near(pcm, hw, &period, nullptr) >= 0 &&
@@ -137,7 +137,7 @@ public:
       snd_pcm_close(pcm);
       return LAudioStatus::kFormatRefused;
     }
-    *stream = std::make_unique<AlsaStream>(pcm, direction, spec, callback, period);
+    *stream = std::make_unique<AlsaStream>(pcm, direction, shape, callback, period);
     return LAudioStatus::kOK;
   }
 };

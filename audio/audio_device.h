@@ -75,7 +75,7 @@ public:
   // Stops calling the callback; when Stop returns, no call is running.
   virtual void Stop() = 0;
 
-  const LAudioStreamSpec& Spec() const { return spec_; }
+  const LAudioStreamSpec& Shape() const { return spec_; }
   // The device's own name, once open.
   const std::string& DeviceName() const { return deviceName_; }
   // Frames between the callback and the speaker (output) or the microphone and the callback (input).
@@ -86,7 +86,7 @@ public:
   LAudioStatus Status() const { return status_.load(std::memory_order_acquire); }
 
 protected:
-  explicit LAudioStream(const LAudioStreamSpec& spec) : spec_(spec) {}
+  explicit LAudioStream(const LAudioStreamSpec& shape) : spec_(shape) {}
   void LatencySet(long frames) { latency_.store(frames, std::memory_order_relaxed); }
   void UnderrunCount() { underruns_.fetch_add(1, std::memory_order_relaxed); }
   void StatusSet(LAudioStatus status) { status_.store(status, std::memory_order_release); }
@@ -107,7 +107,7 @@ public:
   // Lists the devices as they are now.
   [[nodiscard]] virtual LAudioStatus Enumerate(std::vector<LAudioDeviceInfo>* devices) = 0;
   // The callback must outlive the stream.
-  [[nodiscard]] virtual LAudioStatus Open(LAudioDirection direction, const LAudioStreamSpec& spec,
+  [[nodiscard]] virtual LAudioStatus Open(LAudioDirection direction, const LAudioStreamSpec& shape,
                                           LAudioCallback* callback, std::unique_ptr<LAudioStream>* stream) = 0;
   // The watcher is called on the backend's thread when devices come, go or change;
   // an empty function stops watching. Backends that cannot watch answer false.

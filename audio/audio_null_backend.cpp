@@ -12,16 +12,16 @@ constexpr const char* kNullInput = "null.monitor";
 
 }  // namespace
 
-LAudioNullStream::LAudioNullStream(LAudioDirection direction, const LAudioStreamSpec& spec, LAudioCallback* callback,
+LAudioNullStream::LAudioNullStream(LAudioDirection direction, const LAudioStreamSpec& shape, LAudioCallback* callback,
                                    bool realTime, long latency, long keepFrames, Generator generate)
-    : LAudioStream(spec),
+    : LAudioStream(shape),
       direction_(direction),
       callback_(callback),
       realTime_(realTime),
       generate_(std::move(generate)),
-      keepSamples_(static_cast<std::size_t>(std::max(keepFrames, 0L)) * spec.channels) {
+      keepSamples_(static_cast<std::size_t>(std::max(keepFrames, 0L)) * shape.channels) {
   deviceName_ = direction == LAudioDirection::kOutput ? kNullOutput : kNullInput;
-  buffer_.assign(static_cast<std::size_t>(spec.bufferFrames) * spec.channels, 0.0f);
+  buffer_.assign(static_cast<std::size_t>(shape.bufferFrames) * shape.channels, 0.0f);
   played_.reserve(keepSamples_);
   LatencySet(latency);
 }
@@ -85,14 +85,14 @@ LAudioStatus LAudioNullBackend::Enumerate(std::vector<LAudioDeviceInfo>* devices
   return LAudioStatus::kOK;
 }
 
-LAudioStatus LAudioNullBackend::Open(LAudioDirection direction, const LAudioStreamSpec& spec, LAudioCallback* callback,
+LAudioStatus LAudioNullBackend::Open(LAudioDirection direction, const LAudioStreamSpec& shape, LAudioCallback* callback,
                                      std::unique_ptr<LAudioStream>* stream) {
   std::vector<LAudioDeviceInfo> devices;
   (void)Enumerate(&devices);
-  if (!LAudioDeviceFind(devices, direction, spec.device)) return LAudioStatus::kNoDevice;
-  if (spec.sampleRate < 1000 || spec.channels < 1 || spec.channels > 32 || spec.bufferFrames == 0)
+  if (!LAudioDeviceFind(devices, direction, shape.device)) return LAudioStatus::kNoDevice;
+  if (shape.sampleRate < 1000 || shape.channels < 1 || shape.channels > 32 || shape.bufferFrames == 0)
     return LAudioStatus::kFormatRefused;
-  auto made = std::make_unique<LAudioNullStream>(direction, spec, callback, options_.realTime, options_.latencyFrames,
+  auto made = std::make_unique<LAudioNullStream>(direction, shape, callback, options_.realTime, options_.latencyFrames,
                                                  options_.keepFrames, options_.generate);
   last_ = made.get();
   *stream = std::move(made);

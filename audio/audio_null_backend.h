@@ -15,7 +15,7 @@ class LAudioNullStream final : public LAudioStream {
 public:
   // Input frames are made by generate(out, frames, first frame); silence without.
   using Generator = std::function<void(float* out, long frames, long long at)>;
-  LAudioNullStream(LAudioDirection direction, const LAudioStreamSpec& spec, LAudioCallback* callback, bool realTime,
+  LAudioNullStream(LAudioDirection direction, const LAudioStreamSpec& shape, LAudioCallback* callback, bool realTime,
                    long latency, long keepFrames, Generator generate);
   ~LAudioNullStream() override;
 
@@ -59,7 +59,7 @@ public:
 
   const char* Name() const override { return "null"; }
   LAudioStatus Enumerate(std::vector<LAudioDeviceInfo>* devices) override;
-  LAudioStatus Open(LAudioDirection direction, const LAudioStreamSpec& spec, LAudioCallback* callback,
+  LAudioStatus Open(LAudioDirection direction, const LAudioStreamSpec& shape, LAudioCallback* callback,
                     std::unique_ptr<LAudioStream>* stream) override;
 
   // The stream opened last (owned by whoever opened it).

@@ -1,10 +1,10 @@
 #include "audio/audio_player.h"
 
-LAudioStatus LAudioPlayer::Open(const LAudioStreamSpec& spec) {
+LAudioStatus LAudioPlayer::Open(const LAudioStreamSpec& shape) {
   Close();
-  mixer_ = std::make_unique<LAudioMixer>(spec.sampleRate, spec.channels);
+  mixer_ = std::make_unique<LAudioMixer>(shape.sampleRate, shape.channels);
   std::unique_ptr<LAudioStream> stream;
-  LAudioStatus status = backend_.Open(LAudioDirection::kOutput, spec, this, &stream);
+  LAudioStatus status = backend_.Open(LAudioDirection::kOutput, shape, this, &stream);
   if (status == LAudioStatus::kOK) {
     stream_ = std::move(stream);
     status = stream_->Start();

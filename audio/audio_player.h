@@ -18,8 +18,8 @@ public:
   LAudioPlayer(const LAudioPlayer&) = delete;
   LAudioPlayer& operator=(const LAudioPlayer&) = delete;
 
-  // Opens and starts the output; the mixer runs at the spec's rate and channels.
-  [[nodiscard]] LAudioStatus Open(const LAudioStreamSpec& spec);
+  // Opens and starts the output; the mixer runs at the shape's rate and channels.
+  [[nodiscard]] LAudioStatus Open(const LAudioStreamSpec& shape);
   void Close();
 
   // Plays frames [from, to) of source (to < 0: to its end), looping when asked;

@@ -16,7 +16,7 @@ class PulseBackend;
 
 class PulseStream final : public LAudioStream {
 public:
-  PulseStream(PulseBackend* backend, LAudioDirection direction, const LAudioStreamSpec& spec, LAudioCallback* callback,
+  PulseStream(PulseBackend* backend, LAudioDirection direction, const LAudioStreamSpec& shape, LAudioCallback* callback,
               std::string device, bool followDefault);
   ~PulseStream() override { Stop(); }
   LAudioStatus Start() override;
@@ -45,7 +45,7 @@ public:
 
   const char* Name() const override { return "pulse"; }
   LAudioStatus Enumerate(std::vector<LAudioDeviceInfo>* devices) override;
-  LAudioStatus Open(LAudioDirection direction, const LAudioStreamSpec& spec, LAudioCallback* callback,
+  LAudioStatus Open(LAudioDirection direction, const LAudioStreamSpec& shape, LAudioCallback* callback,
                     std::unique_ptr<LAudioStream>* stream) override;
   bool Watch(std::function<void(const LAudioDeviceEvent&)> watcher) override;
 
@@ -193,28 +193,28 @@ bool PulseBackend::Watch(std::function<void(const LAudioDeviceEvent&)> watcher) 
   return ok;
 }
 
-LAudioStatus PulseBackend::Open(LAudioDirection direction, const LAudioStreamSpec& spec, LAudioCallback* callback,
+LAudioStatus PulseBackend::Open(LAudioDirection direction, const LAudioStreamSpec& shape, LAudioCallback* callback,
                                 std::unique_ptr<LAudioStream>* stream) {
   std::vector<LAudioDeviceInfo> devices;
   if (LAudioStatus status = Enumerate(&devices); status != LAudioStatus::kOK) return status;
-  const LAudioDeviceInfo* device = LAudioDeviceFind(devices, direction, spec.device);
-  if (!device && !spec.device.empty()) return LAudioStatus::kNoDevice;
-  if (spec.sampleRate < 1000 || spec.sampleRate > PA_RATE_MAX || spec.channels < 1 || spec.channels > static_cast<int>(PA_CHANNELS_MAX) ||
-      spec.bufferFrames == 0)
+  const LAudioDeviceInfo* device = LAudioDeviceFind(devices, direction, shape.device);
+  if (!device && !shape.device.empty()) return LAudioStatus::kNoDevice;
+  if (shape.sampleRate < 1000 || shape.sampleRate > PA_RATE_MAX || shape.channels < 1 || shape.channels > static_cast<int>(PA_CHANNELS_MAX) ||
+      shape.bufferFrames == 0)
     return LAudioStatus::kFormatRefused;
-  *stream = std::make_unique<PulseStream>(this, direction, spec, callback, device ? device->name : "",
-                                          spec.device.empty());
+  *stream = std::make_unique<PulseStream>(this, direction, shape, callback, device ? device->name : "",
+                                          shape.device.empty());
   return LAudioStatus::kOK;
 }
 
-PulseStream::PulseStream(PulseBackend* backend, LAudioDirection direction, const LAudioStreamSpec& spec,
+PulseStream::PulseStream(PulseBackend* backend, LAudioDirection direction, const LAudioStreamSpec& shape,
                          LAudioCallback* callback, std::string device, bool followDefault)
-    : LAudioStream(spec),
+    : LAudioStream(shape),
       backend_(backend),
       direction_(direction),
       callback_(callback),
       followDefault_(followDefault),
-      frameBytes_(sizeof(float) * static_cast<std::size_t>(spec.channels)) {
+      frameBytes_(sizeof(float) * static_cast<std::size_t>(shape.channels)) {
   deviceName_ = std::move(device);
 }
 

@@ -24,19 +24,19 @@ std::string Duration(long long frames, std::uint32_t rate) {
 
 }  // namespace
 
-LAudioStatus LAudioRecorder::Start(const LAudioStreamSpec& spec, LCutListAudio* target, long long frameLimit) {
+LAudioStatus LAudioRecorder::Start(const LAudioStreamSpec& shape, LCutListAudio* target, long long frameLimit) {
   Stop();
   if (!target) return LAudioStatus::kFailed;
-  channels_ = spec.channels;
-  rate_ = spec.sampleRate;
+  channels_ = shape.channels;
+  rate_ = shape.sampleRate;
   limit_ = frameLimit;
-  ring_ = std::make_unique<LAudioRing>(static_cast<long>(kRingSeconds * spec.sampleRate), spec.channels);
+  ring_ = std::make_unique<LAudioRing>(static_cast<long>(kRingSeconds * shape.sampleRate), shape.channels);
   std::unique_ptr<LAudioStream> stream;
-  LAudioStatus status = backend_.Open(LAudioDirection::kInput, spec, this, &stream);
+  LAudioStatus status = backend_.Open(LAudioDirection::kInput, shape, this, &stream);
   if (status != LAudioStatus::kOK) return status;
   target_ = target;
-  sink_ = target_->OpenSink(static_cast<int>(spec.sampleRate), static_cast<unsigned char>(spec.channels), nullptr);
-  (void)marker_.Create(static_cast<LCutListAudioSink*>(sink_.Get())->Item(), spec.sampleRate, spec.channels);
+  sink_ = target_->OpenSink(static_cast<int>(shape.sampleRate), static_cast<unsigned char>(shape.channels), nullptr);
+  (void)marker_.Create(static_cast<LCutListAudioSink*>(sink_.Get())->Item(), shape.sampleRate, shape.channels);
   written_.store(0);
   dropped_.store(0);
   nextSpaceCheck_ = 0;

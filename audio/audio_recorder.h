@@ -38,7 +38,7 @@ public:
 
   // Opens the input and starts recording into target; frameLimit > 0 ends the
   // recording after that many frames.
-  [[nodiscard]] LAudioStatus Start(const LAudioStreamSpec& spec, LCutListAudio* target, long long frameLimit = 0);
+  [[nodiscard]] LAudioStatus Start(const LAudioStreamSpec& shape, LCutListAudio* target, long long frameLimit = 0);
   // Ends the recording: what the device delivered until now is written and the
   // target holds it. Harmless when not recording.
   void Stop();

@@ -30,11 +30,11 @@ void CallbackShare(const LCutListAudio& list) {
   LAudioNullBackend backend(LAudioNullBackend::Options{false, 0, 0, {}});
   for (const std::uint32_t block : {64u, 256u, 1024u}) {
     LAudioMixer mixer(kBenchRate, kBenchChannels, false);
-    LAudioStreamSpec spec;
-    spec.sampleRate = kBenchRate;
-    spec.bufferFrames = block;
+    LAudioStreamSpec shape;
+    shape.sampleRate = kBenchRate;
+    shape.bufferFrames = block;
     std::unique_ptr<LAudioStream> stream;
-    if (backend.Open(LAudioDirection::kOutput, spec, &mixer, &stream) != LAudioStatus::kOK) return;
+    if (backend.Open(LAudioDirection::kOutput, shape, &mixer, &stream) != LAudioStatus::kOK) return;
     (void)stream->Start();
     auto input = mixer.Add(list.OpenSource());
     input->Play(0);
@@ -66,10 +66,10 @@ struct Underruns {
 Underruns PlayFor(LAudioBackend& backend, const LCutListAudio& list, double bufferMs, double seconds, long* latency,
                   std::atomic<bool>* busy) {
   LAudioPlayer player(backend);
-  LAudioStreamSpec spec;
-  spec.sampleRate = kBenchRate;
-  spec.bufferFrames = static_cast<std::uint32_t>(bufferMs * kBenchRate / 1000);
-  if (player.Open(spec) != LAudioStatus::kOK) return {-1, -1};
+  LAudioStreamSpec shape;
+  shape.sampleRate = kBenchRate;
+  shape.bufferFrames = static_cast<std::uint32_t>(bufferMs * kBenchRate / 1000);
+  if (player.Open(shape) != LAudioStatus::kOK) return {-1, -1};
   auto input = player.Play(list.OpenSource(), 0, -1, true);
   std::thread load;
   if (busy) {

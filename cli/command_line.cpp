@@ -149,15 +149,15 @@ bool ParseCommandWords(const CommandWords& words, unsigned rate, int* id, SVComm
     args->options[name] = takesValue ? words[++i] : std::string();
   }
   std::size_t next = 0;
-  for (const SVArgSpec& spec : row->args) {
-    if (spec.kind == SVArgKind::kNone) break;
+  for (const SVArgSpec& shape : row->args) {
+    if (shape.kind == SVArgKind::kNone) break;
     if (next >= rest.size()) {
-      if (spec.optional) break;
+      if (shape.optional) break;
       *error = usage;
       return false;
     }
     const std::string& word = rest[next++];
-    switch (spec.kind) {
+    switch (shape.kind) {
       case SVArgKind::kTime: {
         long long frames = 0;
         if (!ParseTimeToFrames(word, rate, &frames)) {

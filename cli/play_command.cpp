@@ -84,13 +84,13 @@ int RunPlayCommand(const std::vector<std::string>& args) {
     PrintError(message);
     return kCommandFailed;
   }
-  LAudioStreamSpec spec;
-  spec.device = device;
-  spec.sampleRate = rate;
-  spec.channels = source.GetChannels();
-  spec.bufferFrames = std::max<std::uint32_t>(rate * kBufferMilliseconds / 1000, 64);
+  LAudioStreamSpec shape;
+  shape.device = device;
+  shape.sampleRate = rate;
+  shape.channels = source.GetChannels();
+  shape.bufferFrames = std::max<std::uint32_t>(rate * kBufferMilliseconds / 1000, 64);
   LAudioPlayer player(*backend);
-  if (LAudioStatus status = player.Open(spec); status != LAudioStatus::kOK) {
+  if (LAudioStatus status = player.Open(shape); status != LAudioStatus::kOK) {
     PrintError(LAudioStatusMessage(status, device));
     return kCommandFailed;
   }

@@ -90,23 +90,23 @@ int RunRecordCommand(const std::vector<std::string>& args) {
     return kCommandFailed;
   }
   const LAudioDeviceInfo* info = LAudioDeviceFind(devices, LAudioDirection::kInput, device);
-  LAudioStreamSpec spec;
-  spec.device = device;
-  spec.sampleRate = rate > 0 ? static_cast<std::uint32_t>(rate) : info && info->sampleRate ? info->sampleRate : 48000;
-  spec.channels = channels > 0 ? static_cast<int>(channels) : info && info->channels ? std::min(info->channels, 16) : 2;
-  spec.bufferFrames = std::max<std::uint32_t>(spec.sampleRate * kBufferMilliseconds / 1000, 64);
-  const long long limit = seconds > 0 ? std::llround(seconds * spec.sampleRate) : 0;
+  LAudioStreamSpec shape;
+  shape.device = device;
+  shape.sampleRate = rate > 0 ? static_cast<std::uint32_t>(rate) : info && info->sampleRate ? info->sampleRate : 48000;
+  shape.channels = channels > 0 ? static_cast<int>(channels) : info && info->channels ? std::min(info->channels, 16) : 2;
+  shape.bufferFrames = std::max<std::uint32_t>(shape.sampleRate * kBufferMilliseconds / 1000, 64);
+  const long long limit = seconds > 0 ? std::llround(seconds * shape.sampleRate) : 0;
 
   LCutListAudio recording;
   LAudioRecorder recorder(*backend);
-  if (LAudioStatus status = recorder.Start(spec, &recording, limit); status != LAudioStatus::kOK) {
+  if (LAudioStatus status = recorder.Start(shape, &recording, limit); status != LAudioStatus::kOK) {
     PrintError(LAudioStatusMessage(status, device));
     return kCommandFailed;
   }
   const bool tty = ::isatty(STDERR_FILENO) != 0;
   while (recorder.IsRecording() && !TerminalProgress::Interrupted()) {
     if (tty) {
-      std::fprintf(stderr, "\rAufnahme %s  %s   ", FramesClock(recorder.Frames(), spec.sampleRate).c_str(),
+      std::fprintf(stderr, "\rAufnahme %s  %s   ", FramesClock(recorder.Frames(), shape.sampleRate).c_str(),
                    LevelText(recorder.Levels().Take()).c_str());
       std::fflush(stderr);
     }

@@ -39,12 +39,12 @@ void LSoundProcessValues::SetParameterByIndex(int index, void* value) {
 
 void LSoundProcessValues::GetParameterByIndex(int index, LSoundProcessParameter* out) const {
   if (index < 0 || index >= Count() || !out) return;
-  const LSPValueSpec& spec = table_->specs[index];
-  if (spec.whole) {
-    out->Init<int>(kLSPParamInt, static_cast<int>(spec.min), static_cast<int>(spec.max), spec.label, spec.unit);
+  const LSPValueSpec& shape = table_->specs[index];
+  if (shape.whole) {
+    out->Init<int>(kLSPParamInt, static_cast<int>(shape.min), static_cast<int>(shape.max), shape.label, shape.unit);
     out->SetValue<int>(static_cast<int>(std::lround(OpenValue(index))));
   } else {
-    out->Init<double>(kLSPParamDouble, spec.min, spec.max, spec.label, spec.unit);
+    out->Init<double>(kLSPParamDouble, shape.min, shape.max, shape.label, shape.unit);
     out->SetValue<double>(values_[index]);
   }
 }
@@ -99,7 +99,7 @@ void LSoundProcessValues::SetValue(int index, double value) {
 
 double LSoundProcessValues::OpenValue(int index) const {
   if (index < 0 || index >= Count()) return 0.0;
-  const LSPValueSpec& spec = table_->specs[index];
-  double v = std::isfinite(values_[index]) ? std::clamp(values_[index], spec.min, spec.max) : spec.byDefault;
-  return spec.whole ? std::round(v) : v;
+  const LSPValueSpec& shape = table_->specs[index];
+  double v = std::isfinite(values_[index]) ? std::clamp(values_[index], shape.min, shape.max) : shape.byDefault;
+  return shape.whole ? std::round(v) : v;
 }

@@ -17,10 +17,10 @@ TEST(AudioDevice, DevicesAreFoundByNameOrDescriptionAndUnknownOnesAreRefusedWith
 
   LAudioCallback callback;
   std::unique_ptr<LAudioStream> stream;
-  LAudioStreamSpec spec;
-  spec.device = "hw:99,0";
-  EXPECT_EQ(null->Open(LAudioDirection::kOutput, spec, &callback, &stream), LAudioStatus::kNoDevice);
-  EXPECT_NE(LAudioStatusMessage(LAudioStatus::kNoDevice, spec.device).find("\"hw:99,0\" wurde nicht gefunden"),
+  LAudioStreamSpec shape;
+  shape.device = "hw:99,0";
+  EXPECT_EQ(null->Open(LAudioDirection::kOutput, shape, &callback, &stream), LAudioStatus::kNoDevice);
+  EXPECT_NE(LAudioStatusMessage(LAudioStatus::kNoDevice, shape.device).find("\"hw:99,0\" wurde nicht gefunden"),
             std::string::npos);
 
   // ALSA without hardware: the list still has the default devices, and a card that is not there is refused.
@@ -30,6 +30,6 @@ TEST(AudioDevice, DevicesAreFoundByNameOrDescriptionAndUnknownOnesAreRefusedWith
   EXPECT_NE(LAudioDeviceFind(devices, LAudioDirection::kOutput, "default"), nullptr);
   EXPECT_NE(LAudioDeviceFind(devices, LAudioDirection::kInput, "default"), nullptr);
   for (const auto direction : {LAudioDirection::kOutput, LAudioDirection::kInput})
-    EXPECT_EQ(alsa->Open(direction, spec, &callback, &stream), LAudioStatus::kNoDevice);
+    EXPECT_EQ(alsa->Open(direction, shape, &callback, &stream), LAudioStatus::kNoDevice);
   EXPECT_EQ(stream, nullptr);
 }

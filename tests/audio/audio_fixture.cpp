@@ -71,10 +71,10 @@ void RecordUntilKilled(const std::string& folder, int reportFd, long long frames
   LAudioNullBackend backend(RampInput(channels));
   LCutListAudio list;
   LAudioRecorder recorder(backend);
-  LAudioStreamSpec spec;
-  spec.channels = channels;
-  spec.bufferFrames = 500;
-  if (recorder.Start(spec, &list) != LAudioStatus::kOK) _exit(1);
+  LAudioStreamSpec shape;
+  shape.channels = channels;
+  shape.bufferFrames = 500;
+  if (recorder.Start(shape, &list) != LAudioStatus::kOK) _exit(1);
   (void)backend.LastStream()->Pump(frames);
   while (recorder.Frames() < frames) std::this_thread::sleep_for(std::chrono::milliseconds(1));
   const long long written = recorder.Frames();

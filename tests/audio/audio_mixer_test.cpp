@@ -22,11 +22,11 @@ constexpr int kChannels = 2;
 struct Paced {
   explicit Paced(long latency = 0, long keep = 0)
       : backend(LAudioNullBackend::Options{false, latency, keep, {}}), mixer(kRate, kChannels, false) {
-    LAudioStreamSpec spec;
-    spec.sampleRate = kRate;
-    spec.channels = kChannels;
-    spec.bufferFrames = 256;
-    EXPECT_EQ(backend.Open(LAudioDirection::kOutput, spec, &mixer, &stream), LAudioStatus::kOK);
+    LAudioStreamSpec shape;
+    shape.sampleRate = kRate;
+    shape.channels = kChannels;
+    shape.bufferFrames = 256;
+    EXPECT_EQ(backend.Open(LAudioDirection::kOutput, shape, &mixer, &stream), LAudioStatus::kOK);
     EXPECT_EQ(stream->Start(), LAudioStatus::kOK);
     mixer.LatencySet(latency);
   }
@@ -167,9 +167,9 @@ TEST(AudioLevels, PeakRmsAndClipOfASineAndAFullScaleSample) {
 TEST_F(AudioTest, PlayerPlaysToTheEndOnARealTimeClockAndReportsALostDevice) {
   LAudioNullBackend backend(LAudioNullBackend::Options{true, 128, 48000, {}});
   LAudioPlayer player(backend);
-  LAudioStreamSpec spec;
-  spec.bufferFrames = 256;
-  ASSERT_EQ(player.Open(spec), LAudioStatus::kOK);
+  LAudioStreamSpec shape;
+  shape.bufferFrames = 256;
+  ASSERT_EQ(player.Open(shape), LAudioStatus::kOK);
   auto input = player.Play(MakeRamp(4800, kChannels, 44100));
   ASSERT_NE(input, nullptr);
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);

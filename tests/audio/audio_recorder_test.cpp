@@ -22,12 +22,12 @@ LAudioNullBackend::Options RampInput() {
                                     }};
 }
 
-LAudioStreamSpec Spec() {
-  LAudioStreamSpec spec;
-  spec.sampleRate = 48000;
-  spec.channels = kChannels;
-  spec.bufferFrames = 500;
-  return spec;
+LAudioStreamSpec Shape() {
+  LAudioStreamSpec shape;
+  shape.sampleRate = 48000;
+  shape.channels = kChannels;
+  shape.bufferFrames = 500;
+  return shape;
 }
 
 // The recorder ends by itself (limit, loss, full disk); waits for it without timing anything.
@@ -45,7 +45,7 @@ TEST_F(AudioTest, RecordingLandsInTheCacheThroughTheCutListAndGrowsInWholeBlocks
   LCutListAudio list;
   {
     LAudioRecorder recorder(backend);
-    ASSERT_EQ(recorder.Start(Spec(), &list, 12345), LAudioStatus::kOK);
+    ASSERT_EQ(recorder.Start(Shape(), &list, 12345), LAudioStatus::kOK);
     auto* stream = backend.LastStream();
     ASSERT_TRUE(stream->Pump(5000));
     while (recorder.Frames() < 5000) std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -69,7 +69,7 @@ TEST_F(AudioTest, AFullDiskOrALostDeviceStopsTheRecordingAndKeepsWhatCame) {
     LDiskFreeBytesOverride([&](const char*) { return full.load() ? 1000LL : 1LL << 40; });
     LCutListAudio list;
     LAudioRecorder recorder(backend);
-    ASSERT_EQ(recorder.Start(Spec(), &list), LAudioStatus::kOK);
+    ASSERT_EQ(recorder.Start(Shape(), &list), LAudioStatus::kOK);
     auto* stream = backend.LastStream();
     ASSERT_TRUE(stream->Pump(24000));
     while (recorder.Frames() < 24000) std::this_thread::sleep_for(std::chrono::milliseconds(1));

@@ -160,9 +160,9 @@ TEST(AudioLoop, DevicesComingAndGoingAreSeenAndALostDeviceEndsPlayback) {
     ASSERT_NE(LAudioDeviceFind(devices, LAudioDirection::kOutput, "svextra"), nullptr) << "a new device is listed at once";
 
     LAudioPlayer player(*backend);
-    LAudioStreamSpec spec;
-    spec.device = "svextra";
-    ASSERT_EQ(player.Open(spec), LAudioStatus::kOK);
+    LAudioStreamSpec shape;
+    shape.device = "svextra";
+    ASSERT_EQ(player.Open(shape), LAudioStatus::kOK);
     auto input = player.Play(LMakeSource<LSoundSourceError>());
     ASSERT_EQ(RunTool(server.Env() + " pactl unload-module " + module.substr(0, module.find('\n'))), 0);
     for (int i = 0; i < 400 && (player.Status() == LAudioStatus::kOK || removed == 0); ++i)
