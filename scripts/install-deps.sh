@@ -10,6 +10,7 @@ packages=(
   libavformat-dev libavcodec-dev libavutil-dev libswresample-dev libmp3lame-dev
   sox libsox-fmt-all ffmpeg sndfile-programs libimage-exiftool-perl espeak-ng time
   pulseaudio pulseaudio-utils
+  qt6-base-dev xvfb xauth
 )
 
 missing=()
