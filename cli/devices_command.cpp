@@ -39,6 +39,20 @@ std::unique_ptr<LAudioBackend> AudioBackendOpen(std::string* message) {
   return backend;
 }
 
+std::unique_ptr<LAudioBackend> AudioBackendWithDevices(std::vector<LAudioDeviceInfo>* devices, const std::string& device) {
+  std::string message;
+  auto backend = AudioBackendOpen(&message);
+  if (!backend) {
+    PrintError(message);
+    return nullptr;
+  }
+  if (LAudioStatus status = backend->Enumerate(devices); status != LAudioStatus::kOK) {
+    PrintError(LAudioStatusMessage(status, device));
+    return nullptr;
+  }
+  return backend;
+}
+
 std::string LevelText(const LAudioLevelReading& reading) {
   static const char* const kNames[] = {"L", "R", "3", "4", "5", "6", "7", "8"};
   std::string text;
@@ -67,17 +81,9 @@ int RunDevicesCommand(const std::vector<std::string>& args) {
       return kCommandFailed;
     }
   }
-  std::string message;
-  auto backend = AudioBackendOpen(&message);
-  if (!backend) {
-    PrintError(message);
-    return kCommandFailed;
-  }
   std::vector<LAudioDeviceInfo> devices;
-  if (LAudioStatus status = backend->Enumerate(&devices); status != LAudioStatus::kOK) {
-    PrintError(LAudioStatusMessage(status));
-    return kCommandFailed;
-  }
+  auto backend = AudioBackendWithDevices(&devices);
+  if (!backend) return kCommandFailed;
   if (json) {
     std::printf("{\"backend\": %s", Json(backend->Name()).c_str());
     for (const auto direction : {LAudioDirection::kOutput, LAudioDirection::kInput}) {

@@ -12,6 +12,10 @@
 
 // The backend (SONVALE_AUDIO_BACKEND or the first that answers); null with a German message.
 [[nodiscard]] std::unique_ptr<LAudioBackend> AudioBackendOpen(std::string* message);
+// The backend with its devices listed afresh; null after printing why (device
+// names the device a failure concerns, empty for none).
+[[nodiscard]] std::unique_ptr<LAudioBackend> AudioBackendWithDevices(std::vector<LAudioDeviceInfo>* devices,
+                                                                     const std::string& device = {});
 // "L -12.0 dB  R -11.5 dB", with "ÜBERSTEUERT" after a clipped channel.
 [[nodiscard]] std::string LevelText(const LAudioLevelReading& reading);
 // H:MM:SS.t of a frame count.

@@ -78,17 +78,10 @@ int RunRecordCommand(const std::vector<std::string>& args) {
     return kCommandFailed;
   }
 
-  auto backend = AudioBackendOpen(&message);
-  if (!backend) {
-    PrintError(message);
-    return kCommandFailed;
-  }
   // Unless told otherwise, record in the device's own format.
   std::vector<LAudioDeviceInfo> devices;
-  if (LAudioStatus status = backend->Enumerate(&devices); status != LAudioStatus::kOK) {
-    PrintError(LAudioStatusMessage(status, device));
-    return kCommandFailed;
-  }
+  auto backend = AudioBackendWithDevices(&devices, device);
+  if (!backend) return kCommandFailed;
   const LAudioDeviceInfo* info = LAudioDeviceFind(devices, LAudioDirection::kInput, device);
   LAudioStreamSpec shape;
   shape.device = device;
