@@ -7,6 +7,8 @@
 #include "effect_test_levels.h"
 #include "effect_test_sources.h"
 #include "effects/compressor.h"
+#include "effects/deesser.h"
+#include "effects/drc_point_line.h"
 #include "effects/noise_gate.h"
 
 namespace {
@@ -126,4 +128,34 @@ TEST(NoiseGate, LowersNoiseBelowTheThresholdByItsRangeAndLeavesTheSoundAlone) {
   EXPECT_NEAR(RmsDb(y, 2000 * kMs, 500 * kMs) - RmsDb(x, 2000 * kMs, 500 * kMs), -30.0, 0.5);
   // Held open for the hold time after the tone, then closing.
   EXPECT_NEAR(RmsDb(y, 1010 * kMs, 30 * kMs) - RmsDb(x, 1010 * kMs, 30 * kMs), 0.0, 0.5);
+}
+
+TEST(DRCPointLine, ASteadySineLandsOnTheDrawnCurveAboveBetweenAndBelowItsPoints) {
+  LSPDRCPointLine drc;  // unity to -20 dB, then 2:1 up to 0 dB -> -10 dB
+  drc.SetCurvePoint(-50.0, -70.0);  // and an expander below
+  struct Case {
+    double inDb, outDb;
+  } cases[] = {{-8.0, -14.0}, {-20.0, -20.0}, {-35.0, -45.0}, {-70.0, -80.0}, {-30.0, -110.0 / 3.0}};
+  for (const Case& c : cases) {
+    std::vector<float> y = Process(drc, Steps({{c.inDb, 1000}}));
+    EXPECT_NEAR(ToneDb(y, 1000.0, kRate, y.size() - 100 * kMs, 100 * kMs), c.outDb, 0.5) << c.inDb;
+  }
+}
+
+TEST(Deesser, TurnsASibilantBurstAboveTheThresholdDownByItsReductionAndLeavesTheVoiceAlone) {
+  LSPDeesser2 deesser;  // -30 dB, 10 dB
+  deesser.SetValue(kLSPDeesserHz, 4000.0);
+  const std::size_t frames = 600 * kMs;
+  std::vector<float> voice = Sine(300.0, Amplitude(-12.0), kRate, static_cast<long long>(frames));
+  for (double burstDb : {-10.0, -40.0}) {
+    SCOPED_TRACE(burstDb);
+    std::vector<float> x = voice;
+    std::vector<float> burst = Sine(7000.0, Amplitude(burstDb), kRate, static_cast<long long>(frames));
+    for (std::size_t i = 200 * kMs; i < 400 * kMs; ++i) x[i] += burst[i];
+    std::vector<float> y = Process(deesser, x);
+    const double expected = burstDb == -10.0 ? -10.0 : 0.0;
+    EXPECT_NEAR(ToneDb(y, 7000.0, kRate, 250 * kMs, 100 * kMs) - burstDb, expected, 0.5);
+    EXPECT_NEAR(ToneDb(y, 300.0, kRate, 250 * kMs, 100 * kMs), -12.0, 0.1);
+    EXPECT_NEAR(ToneDb(y, 300.0, kRate, 500 * kMs, 100 * kMs), -12.0, 0.1);
+  }
 }
