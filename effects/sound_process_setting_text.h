@@ -3,7 +3,9 @@
 // parameter (the German label, compared as LSoundProcessFoldName does; a comma
 // works as the decimal point) or "preset=NAME" for a factory preset. A value
 // outside the parameter's bounds is refused, never clamped, so what runs is what
-// was asked for.
+// was asked for. A whole parameter whose unit names its values ("0 = Glocke,
+// 1 = ...") also takes a name. Effects with a curve of points take "X=Y" for a
+// point and "Punkte=X:Y;X:Y..." for the whole curve.
 #include <string>
 
 #include "effects/sound_process.h"

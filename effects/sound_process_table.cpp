@@ -5,6 +5,7 @@
 #include "effects/drc_point_line.h"
 #include "effects/echo.h"
 #include "effects/eq.h"
+#include "effects/eq_point_line.h"
 #include "effects/eq_simple_3band.h"
 #include "effects/gain.h"
 #include "effects/graphic_eq.h"
@@ -34,7 +35,7 @@ constexpr LSoundProcessTypeRow kRows[] = {
     {kLSPTypePointListEq, nullptr, "Equalizer", Make<LSPEq>},
     {kLSPTypeParametricEqBand, "parametrischereq", "Parametrischer EQ", Make<LSPParametricEqBand>},
     {kLSPTypeGraphicEqBand, "grafischereq", "Grafischer EQ", Make<LSPGraphicEqBand>},
-    {kLSPTypeEqPointLine, nullptr, "Visueller EQ", nullptr},
+    {kLSPTypeEqPointLine, "visuellereq", "Visueller EQ", Make<LSPEqPointLine>},
     {kLSPTypePitchSpeed, nullptr, "Pitch Shifter", nullptr},
     {kLSPTypePitch, nullptr, "Pitch Shifter", nullptr},
     {kLSPTypeLowPass, "tiefpass", "Tiefpass", Make<LSPLowPass>},
