@@ -1,10 +1,6 @@
 #include "effects/eq.h"
 
-#if !defined(SONVALE_HAVE_FFTW)
-#error "The equaliser needs FFTW single precision (fftw3f)."
-#endif
-
-#include <fftw3.h>
+#include "effects/fftw_support.h"
 
 #include <algorithm>
 #include <cmath>
@@ -29,31 +25,12 @@ long long GridFor(std::uint32_t rate) {
   return grid;
 }
 
-// FFTW's planner keeps global state; plans are made and destroyed one at a time.
-std::mutex& PlannerMutex() {
-  static std::mutex mutex;
-  return mutex;
-}
+using RealBuffer = LFftwReal;
+using ComplexBuffer = LFftwComplex;
 
-struct FftwFree {
-  void operator()(void* p) const { fftwf_free(p); }
-};
-using RealBuffer = std::unique_ptr<float[], FftwFree>;
-using ComplexBuffer = std::unique_ptr<fftwf_complex[], FftwFree>;
-
-RealBuffer AllocReal(long long count) {
-  float* p = fftwf_alloc_real(static_cast<std::size_t>(count));
-  if (!p) throw std::bad_alloc();
-  std::memset(p, 0, static_cast<std::size_t>(count) * sizeof(float));
-  return RealBuffer(p);
-}
-
-ComplexBuffer AllocComplex(long long count) {
-  fftwf_complex* p = fftwf_alloc_complex(static_cast<std::size_t>(count));
-  if (!p) throw std::bad_alloc();
-  std::memset(p, 0, static_cast<std::size_t>(count) * sizeof(fftwf_complex));
-  return ComplexBuffer(p);
-}
+RealBuffer AllocReal(long long count) { return LFftwAllocReal(count); }
+ComplexBuffer AllocComplex(long long count) { return LFftwAllocComplex(count); }
+std::mutex& PlannerMutex() { return LFftwPlannerMutex(); }
 
 double DbToFactor(double db) { return std::pow(10.0, db / 20.0); }
 

@@ -8,6 +8,7 @@
 #include "effects/eq_point_line.h"
 #include "effects/eq_simple_3band.h"
 #include "effects/gain.h"
+#include "effects/multiband_gate.h"
 #include "effects/graphic_eq.h"
 #include "effects/noise_gate.h"
 #include "effects/parametric_eq.h"
@@ -51,7 +52,7 @@ constexpr LSoundProcessTypeRow kRows[] = {
     {kLSPTypeAMRadio, nullptr, "AM Radio", nullptr},
     {kLSPTypeTelephone, nullptr, "Telefon", nullptr},
     {kLSPTypeNoiseGate, "noisegate", "Noise-Gate", Make<LSPNoiseGate>},
-    {kLSPTypeMultiBandNoiseGating, nullptr, "Multiband Noise Gating", nullptr},
+    {kLSPTypeMultiBandNoiseGating, "multibandgate", "Multiband Noise Gating", Make<LSPMultiBandNoiseGating>},
     {kLSPTypeClickPopRemoval, nullptr, "Click/Pop-Entfernung", nullptr},
     {kLSPTypeDeesser2, "deesser", "De-esser", Make<LSPDeesser2>},
     // There are no Audio Units to host here.

@@ -9,7 +9,9 @@
 #include "effects/compressor.h"
 #include "effects/deesser.h"
 #include "effects/drc_point_line.h"
+#include "effects/multiband_gate.h"
 #include "effects/noise_gate.h"
+#include "effects/sound_process_setting_text.h"
 
 namespace {
 
@@ -158,4 +160,32 @@ TEST(Deesser, TurnsASibilantBurstAboveTheThresholdDownByItsReductionAndLeavesThe
     EXPECT_NEAR(ToneDb(y, 300.0, kRate, 250 * kMs, 100 * kMs), -12.0, 0.1);
     EXPECT_NEAR(ToneDb(y, 300.0, kRate, 500 * kMs, 100 * kMs), -12.0, 0.1);
   }
+}
+
+TEST(MultiBandNoiseGating, LearnedNoiseIsLoweredByTheRangeWhileAToneWellAboveItPasses) {
+  LSPMultiBandNoiseGating gate;
+  std::string message;
+  ASSERT_EQ(LSoundProcessSetFromText(gate, "Dämpfung=30", &message), LSPSettingTextResult::kOK);
+  LSoundSource noise = MakeBufferSource(Noise(Amplitude(-50.0), 1000 * kMs, 3), kRate, 1);
+  LSoundSource tooShort = MakeBufferSource(Noise(Amplitude(-50.0), 10 * kMs, 3), kRate, 1);
+  EXPECT_FALSE(gate.LearnNoise(tooShort));
+  ASSERT_TRUE(gate.LearnNoise(noise));
+  EXPECT_GT(gate.CurvePoints().size(), 10u);
+
+  std::vector<float> x = Noise(Amplitude(-50.0), 3000 * kMs, 9);
+  std::vector<float> tone = Sine(1000.0, Amplitude(-10.0), kRate, static_cast<long long>(1000 * kMs));
+  for (std::size_t i = 0; i < tone.size(); ++i) x[1000 * kMs + i] += tone[i];
+  std::vector<float> y = Process(gate, x);
+  EXPECT_NEAR(RmsDb(y, 200 * kMs, 700 * kMs) - RmsDb(x, 200 * kMs, 700 * kMs), -30.0, 1.0);
+  // Closed again once the release has run four times over.
+  EXPECT_NEAR(RmsDb(y, 2600 * kMs, 350 * kMs) - RmsDb(x, 2600 * kMs, 350 * kMs), -30.0, 1.0);
+  EXPECT_NEAR(ToneDb(y, 1000.0, kRate, 1200 * kMs, 600 * kMs), -10.0, 0.5);
+
+  // A seek lands where reading straight through does.
+  LSoundSource input = MakeBufferSource(x, kRate, 1);
+  LSoundSource s = gate.OpenSource(input);
+  s.Seek(1500 * kMs + 7);
+  std::vector<float> part = ReadAll(s, 3000, 333);
+  EXPECT_EQ(s.GetPositionSample(), static_cast<long long>(1500 * kMs + 7 + 3000));
+  for (std::size_t i = 0; i < part.size(); ++i) ASSERT_NEAR(part[i], y[1500 * kMs + 7 + i], 1e-4) << i;
 }
