@@ -32,8 +32,8 @@ constexpr LSoundProcessTypeRow kRows[] = {
     {kLSPTypeHighPass, "hochpass", "Hochpass", Make<LSPHighPass>},
     {kLSPTypeFlanger, nullptr, "Flanger", nullptr},
     {kLSPTypeReverb3, nullptr, "Hall", nullptr},
-    // Flat by default, so the command does not offer it.
-    {kLSPTypePointListEq, nullptr, "Equalizer", Make<LSPEq>},
+    // Flat until points are given ("equalizer 100=-6 1000=3").
+    {kLSPTypePointListEq, "equalizer", "Equalizer", Make<LSPEq>},
     {kLSPTypeParametricEqBand, "parametrischereq", "Parametrischer EQ", Make<LSPParametricEqBand>},
     {kLSPTypeGraphicEqBand, "grafischereq", "Grafischer EQ", Make<LSPGraphicEqBand>},
     {kLSPTypeEqPointLine, "visuellereq", "Visueller EQ", Make<LSPEqPointLine>},

@@ -11,6 +11,7 @@
 #include "effects/eq_point_line.h"
 #include "effects/mix_simple.h"
 #include "effects/point_list.h"
+#include "effects/sound_process_by_name.h"
 #include "effects/sound_process_setting_text.h"
 
 namespace {
@@ -183,4 +184,22 @@ TEST(EqPointLine, FollowsItsDrawnCurveAtThePointsBetweenThemAndHasLinearPhase) {
   const auto peak = std::max_element(h.begin(), h.end(), [](float a, float b) { return std::abs(a) < std::abs(b); });
   EXPECT_EQ(static_cast<std::size_t>(peak - h.begin()), at);
   for (std::size_t k = 1; k < 20000; ++k) ASSERT_NEAR(h[at + k], h[at - k], 1e-5) << k;
+}
+
+TEST(Eq, TheCommandsEqualizerTakesItsPointsAsParameters) {
+  std::unique_ptr<LSoundProcess> eq = LSoundProcessCreateByName("equalizer");
+  ASSERT_NE(eq, nullptr);
+  std::string message;
+  for (const char* point : {"100=-12", "1000Hz=6", "1000 Hz=0", "3000=0"})
+    ASSERT_EQ(LSoundProcessSetFromText(*eq, point, &message), LSPSettingTextResult::kOK) << point << message;
+  ASSERT_EQ(eq->GetNumParameters(), 3);
+  LSoundProcessParameter p;
+  eq->GetParameterByIndex(1, &p);
+  EXPECT_STREQ(p.szName, "1000 Hz");
+  for (auto [hz, db] : {std::pair{50.0, -12.0}, {550.0, -6.0}, {5000.0, 0.0}}) {
+    std::vector<float> x = Sine(hz, 0.25, kRate, kFrames);
+    EXPECT_NEAR(RelativeDb(Filter(*eq, x), x), db, 0.2) << hz;
+  }
+  EXPECT_EQ(LSoundProcessSetFromText(*eq, "50000=3", &message), LSPSettingTextResult::kOutOfRange);
+  EXPECT_NE(message.find("Frequenz muss zwischen 0 und 48000 Hz liegen"), std::string::npos) << message;
 }
