@@ -30,5 +30,5 @@ protected:
   ~LSPPointCurve() = default;
 };
 
-// The label a point parameter carries: the x value and its unit ("1000 Hz", "-20 dB").
+// The label a point parameter carries: the x value and its unit ("31,5 Hz", "-20 dB").
 void LSPPointLabel(char* out, double x, const char* unit);

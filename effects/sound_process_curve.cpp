@@ -2,11 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
-
-void LSPPointLabel(char* out, double x, const char* unit) {
-  std::snprintf(out, kLPathMax, "%g %s", x, unit);
-}
 
 namespace {
 

@@ -81,6 +81,15 @@ bool ParseChoice(const LSoundProcessParameter& p, const std::string& text, doubl
   return found;
 }
 
+// Labels compare folded, and a decimal point matches a comma ("31.5 Hz", "31,5 Hz").
+std::string LabelKey(const std::string& label) {
+  std::string key = LSoundProcessFoldName(label);
+  for (char& c : key) {
+    if (c == '.') c = ',';
+  }
+  return key;
+}
+
 LSPSettingTextResult Refuse(LSPSettingTextResult result, std::string* message, const std::string& text) {
   if (message) *message = text;
   return result;
@@ -178,7 +187,7 @@ LSPSettingTextResult LSoundProcessSetFromText(LSoundProcess& effect, const std::
   for (int i = 0; i < effect.GetNumParameters(); ++i) {
     LSoundProcessParameter p;
     effect.GetParameterByIndex(i, &p);
-    if (LSoundProcessFoldName(p.szName) != LSoundProcessFoldName(label)) continue;
+    if (LabelKey(p.szName) != LabelKey(label)) continue;
     double v = 0;
     if (!ParseValue(text, &v) && !ParseChoice(p, text, &v)) {
       return Refuse(LSPSettingTextResult::kNotANumber, message,

@@ -115,6 +115,10 @@ TEST(GraphicEq, ABandRaisesItsCentreByItsGainAndLeavesTwoOctavesAwayAloneAtEvery
     EXPECT_LT(std::abs(Response(eq, 250.0, 44100.0)), 0.5);
     EXPECT_LT(std::abs(Response(eq, 4000.0, 44100.0)), 0.5);
   }
+  std::string message;
+  LSPGraphicEqBand named;
+  EXPECT_EQ(LSoundProcessSetFromText(named, "31.5 Hz=3", &message), LSPSettingTextResult::kOK) << message;
+  EXPECT_EQ(named.Value(kLSPGraphicFirstGain), 3.0);
   // Every band raised alike lifts everything about alike.
   LSPGraphicEqBand all;
   for (int i = 0; i < 10; ++i) all.SetValue(kLSPGraphicFirstGain + i, 6.0);
