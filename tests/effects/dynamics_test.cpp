@@ -189,3 +189,16 @@ TEST(MultiBandNoiseGating, LearnedNoiseIsLoweredByTheRangeWhileAToneWellAboveItP
   EXPECT_EQ(s.GetPositionSample(), static_cast<long long>(1500 * kMs + 7 + 3000));
   for (std::size_t i = 0; i < part.size(); ++i) ASSERT_NEAR(part[i], y[1500 * kMs + 7 + i], 1e-4) << i;
 }
+
+TEST(DRCPointLine, TheGainFollowsWithItsAttackAndTheLevelFallsWithItsRelease) {
+  LSPDRCPointLine drc;  // 2:1 above -20 dB
+  drc.SetValue(kLSPDRCCurveAttack, 20.0);
+  drc.SetValue(kLSPDRCCurveRelease, 200.0);
+  std::vector<float> x = Steps({{-40.0, 500}, {0.0, 500}, {-40.0, 1500}});
+  std::vector<double> g = GainPerMs(x, Process(drc, x));
+  EXPECT_NEAR(g[999], -10.0, 0.2);
+  EXPECT_NEAR(MsUntil(g, 500, -10.0 * 0.632, true), 20.0, 4.0);
+  // The detector falls 8.7 dB per release time; the gain is within 0.5 dB of
+  // none once the level is 19 dB down, after 19 / 8.7 release times.
+  EXPECT_NEAR(MsUntil(g, 1000, -0.5, false), 19.0 / 8.686 * 200.0, 0.2 * 437.0);
+}
