@@ -113,6 +113,30 @@ void Run(const LBiquad* f, double* const* state, float* p, long long frames, int
   for (int k = 0; k < N; ++k) state[k][0] = Flush(z1[k]), state[k][1] = Flush(z2[k]);
 }
 
+// The same over both channels of a stereo block at once: the two channels are
+// independent, so they go through the same instructions side by side.
+template <int N>
+void RunStereo(const LBiquad* f, double* const* state, float* p, long long frames) {
+  double z1[N][2], z2[N][2];
+  for (int k = 0; k < N; ++k)
+    for (int c = 0; c < 2; ++c) z1[k][c] = state[2 * k + c][0], z2[k][c] = state[2 * k + c][1];
+  for (long long i = 0; i < frames; ++i, p += 2) {
+    double x[2] = {p[0], p[1]};
+    for (int k = 0; k < N; ++k) {
+      for (int c = 0; c < 2; ++c) {
+        const double y = f[k].b0 * x[c] + z1[k][c];
+        z1[k][c] = f[k].b1 * x[c] - f[k].a1 * y + z2[k][c];
+        z2[k][c] = f[k].b2 * x[c] - f[k].a2 * y;
+        x[c] = y;
+      }
+    }
+    p[0] = static_cast<float>(x[0]);
+    p[1] = static_cast<float>(x[1]);
+  }
+  for (int k = 0; k < N; ++k)
+    for (int c = 0; c < 2; ++c) state[2 * k + c][0] = Flush(z1[k][c]), state[2 * k + c][1] = Flush(z2[k][c]);
+}
+
 }  // namespace
 
 void LBiquadCascade::Process(float* buffer, long long frames) {
@@ -120,10 +144,21 @@ void LBiquadCascade::Process(float* buffer, long long frames) {
   const std::size_t count = sections_.size();
   for (std::size_t s = 0; s < count; s += 4) {
     const std::size_t n = std::min<std::size_t>(4, count - s);
+    const LBiquad* f = &sections_[s];
+    if (channels_ == 2) {
+      double* state[8];
+      for (std::size_t k = 0; k < 2 * n; ++k) state[k] = &state_[(s * 2 + k) * 2];
+      switch (n) {
+        case 1: RunStereo<1>(f, state, buffer, frames); break;
+        case 2: RunStereo<2>(f, state, buffer, frames); break;
+        case 3: RunStereo<3>(f, state, buffer, frames); break;
+        default: RunStereo<4>(f, state, buffer, frames); break;
+      }
+      continue;
+    }
     for (int c = 0; c < channels_; ++c) {
       double* state[4];
       for (std::size_t k = 0; k < n; ++k) state[k] = &state_[((s + k) * channels_ + c) * 2];
-      const LBiquad* f = &sections_[s];
       switch (n) {
         case 1: Run<1>(f, state, buffer + c, frames, channels_); break;
         case 2: Run<2>(f, state, buffer + c, frames, channels_); break;
