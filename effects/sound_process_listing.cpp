@@ -1,37 +1,16 @@
 #include "effects/sound_process_listing.h"
 
-#include <cstdio>
 #include <cstring>
 #include <vector>
 
 #include "effects/point_curve.h"
+#include "effects/sound_process_setting_text.h"
 #include "effects/sound_process_table.h"
 
 namespace {
 
-// As Germans write numbers: a comma before the decimals.
-std::string Number(double v) {
-  char text[64];
-  std::snprintf(text, sizeof text, "%g", v);
-  std::string s = text;
-  for (char& c : s) {
-    if (c == '.') c = ',';
-  }
-  return s;
-}
-
-double Read(const LSoundProcessParameter& p, const void* buffer) {
-  switch (p.type) {
-    case kLSPParamUInt8: return LSoundProcessParameter::Get<std::uint8_t>(buffer);
-    case kLSPParamDouble: return LSoundProcessParameter::Get<double>(buffer);
-    case kLSPParamLevelDb: return LSoundProcessParameter::Get<std::int8_t>(buffer);
-    case kLSPParamBool: return LSoundProcessParameter::Get<bool>(buffer) ? 1 : 0;
-    case kLSPParamInt64: return static_cast<double>(LSoundProcessParameter::Get<long long>(buffer));
-    case kLSPParamUInt16: return LSoundProcessParameter::Get<std::uint16_t>(buffer);
-    case kLSPParamInt:
-    default: return LSoundProcessParameter::Get<std::int32_t>(buffer);
-  }
-}
+std::string Number(double v) { return LSoundProcessNumberText(v); }
+double Read(const LSoundProcessParameter& p, const void* buffer) { return LSoundProcessParameterNumber(p, buffer); }
 
 std::string Range(double min, double max, const char* unit) {
   return Number(min) + " bis " + Number(max) + (*unit ? std::string(" ") + unit : "");

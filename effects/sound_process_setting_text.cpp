@@ -27,8 +27,9 @@ bool ParseValue(const std::string& text, double* value) {
   return true;
 }
 
-// A bound or value buffer of the descriptor's type, as a double.
-double Read(const LSoundProcessParameter& p, const void* buffer) {
+}  // namespace
+
+double LSoundProcessParameterNumber(const LSoundProcessParameter& p, const void* buffer) {
   switch (p.type) {
     case kLSPParamUInt8: return LSoundProcessParameter::Get<std::uint8_t>(buffer);
     case kLSPParamDouble: return LSoundProcessParameter::Get<double>(buffer);
@@ -41,7 +42,7 @@ double Read(const LSoundProcessParameter& p, const void* buffer) {
   }
 }
 
-std::string Number(double v) {
+std::string LSoundProcessNumberText(double v) {
   char text[64];
   std::snprintf(text, sizeof text, "%g", v);
   std::string s = text;
@@ -50,6 +51,11 @@ std::string Number(double v) {
   }
   return s;
 }
+
+namespace {
+
+std::string Number(double v) { return LSoundProcessNumberText(v); }
+double Read(const LSoundProcessParameter& p, const void* buffer) { return LSoundProcessParameterNumber(p, buffer); }
 
 // A whole parameter whose unit names its values ("0 = Glocke, 1 = Kuhschwanz tief")
 // also takes the names: an exact name first, else the first that begins with the

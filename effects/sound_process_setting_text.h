@@ -23,3 +23,8 @@ enum class LSPSettingTextResult {
 // message (when given) holds the German reason, naming the range where one applies.
 [[nodiscard]] LSPSettingTextResult LSoundProcessSetFromText(LSoundProcess& effect, const std::string& assignment,
                                                             std::string* message);
+
+// A bound or value buffer of a descriptor, read with the descriptor's type.
+[[nodiscard]] double LSoundProcessParameterNumber(const LSoundProcessParameter& p, const void* buffer);
+// A number as Germans write it ("0,5"), as short as it goes.
+[[nodiscard]] std::string LSoundProcessNumberText(double value);
