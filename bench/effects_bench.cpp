@@ -5,9 +5,14 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/bench_support.h"
+#include "effects/deesser.h"
+#include "effects/drc_point_line.h"
 #include "effects/echo.h"
 #include "effects/eq.h"
+#include "effects/eq_point_line.h"
 #include "effects/gain.h"
+#include "effects/graphic_eq.h"
+#include "effects/multiband_gate.h"
 #include "effects/point_list.h"
 #include "engine/source_to_sink.h"
 
@@ -72,6 +77,44 @@ void BM_Gain(benchmark::State& state) {
   ReadRealTime(state, gain);
 }
 BENCHMARK(BM_Gain)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+// The family of dynamics and equalisers, each over ten minutes (600 one-second reads).
+void BM_GraphicCompressor(benchmark::State& state) {
+  LSPDRCPointLine drc;
+  drc.SetPreset(1);
+  ReadRealTime(state, drc);
+}
+BENCHMARK(BM_GraphicCompressor)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+// Every one of 31 bands away from flat: the most bells the graphic EQ runs.
+void BM_GraphicEq31(benchmark::State& state) {
+  LSPGraphicEqBand eq;
+  eq.SetValue(kLSPGraphicBands, 31);
+  for (int i = 0; i < kLSPGraphicMaxBands; ++i) eq.SetValue(kLSPGraphicFirstGain + i, i % 2 ? 3.0 : -3.0);
+  ReadRealTime(state, eq);
+}
+BENCHMARK(BM_GraphicEq31)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+void BM_Deesser(benchmark::State& state) {
+  LSPDeesser2 deesser;
+  deesser.SetValue(kLSPDeesserThreshold, -40.0);
+  ReadRealTime(state, deesser);
+}
+BENCHMARK(BM_Deesser)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+void BM_VisualEq(benchmark::State& state) {
+  LSPEqPointLine eq;
+  eq.SetPreset(1);
+  ReadRealTime(state, eq);
+}
+BENCHMARK(BM_VisualEq)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+void BM_MultiBandGate(benchmark::State& state) {
+  LSPMultiBandNoiseGating gate;
+  gate.SetPreset(1);
+  ReadRealTime(state, gate);
+}
+BENCHMARK(BM_MultiBandGate)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
 
 // The noise alone: what the numbers above include for their input.
 void BM_NoiseInput(benchmark::State& state) {

@@ -1,10 +1,6 @@
 #include "effects/eq.h"
 
-#if !defined(SONVALE_HAVE_FFTW)
-#error "The equaliser needs FFTW single precision (fftw3f)."
-#endif
-
-#include <fftw3.h>
+#include "effects/fftw_support.h"
 
 #include <algorithm>
 #include <cmath>
@@ -29,31 +25,12 @@ long long GridFor(std::uint32_t rate) {
   return grid;
 }
 
-// FFTW's planner keeps global state; plans are made and destroyed one at a time.
-std::mutex& PlannerMutex() {
-  static std::mutex mutex;
-  return mutex;
-}
+using RealBuffer = LFftwReal;
+using ComplexBuffer = LFftwComplex;
 
-struct FftwFree {
-  void operator()(void* p) const { fftwf_free(p); }
-};
-using RealBuffer = std::unique_ptr<float[], FftwFree>;
-using ComplexBuffer = std::unique_ptr<fftwf_complex[], FftwFree>;
-
-RealBuffer AllocReal(long long count) {
-  float* p = fftwf_alloc_real(static_cast<std::size_t>(count));
-  if (!p) throw std::bad_alloc();
-  std::memset(p, 0, static_cast<std::size_t>(count) * sizeof(float));
-  return RealBuffer(p);
-}
-
-ComplexBuffer AllocComplex(long long count) {
-  fftwf_complex* p = fftwf_alloc_complex(static_cast<std::size_t>(count));
-  if (!p) throw std::bad_alloc();
-  std::memset(p, 0, static_cast<std::size_t>(count) * sizeof(fftwf_complex));
-  return ComplexBuffer(p);
-}
+RealBuffer AllocReal(long long count) { return LFftwAllocReal(count); }
+ComplexBuffer AllocComplex(long long count) { return LFftwAllocComplex(count); }
+std::mutex& PlannerMutex() { return LFftwPlannerMutex(); }
 
 double DbToFactor(double db) { return std::pow(10.0, db / 20.0); }
 
@@ -61,13 +38,73 @@ double DbToFactor(double db) { return std::pow(10.0, db / 20.0); }
 
 // ---- LSPEq ----
 
+namespace {
+
+constexpr LSPCurveAxes kAxes{"Frequenz", "Hz", 0.0, kLEqPointsRate / 2.0, "Verstärkung", "dB", kLEqFloorDb,
+                             kLEqCeilingDb};
+
+}  // namespace
+
 void LSPEq::SetGains(LArray<float> gainsDb) {
+  points_.Clear();
   for (float& g : gainsDb) {
     // A value that is not a number is left flat.
     if (std::isnan(g)) g = 0.0f;
     g = std::clamp(g, static_cast<float>(kLEqFloorDb), static_cast<float>(kLEqCeilingDb));
   }
   gainsDb_ = std::move(gainsDb);
+}
+
+void LSPEq::ResetToDefault() {
+  gainsDb_.clear();
+  points_.Clear();
+}
+
+void LSPEq::SetParameterByIndex(int index, void* value) {
+  if (index < 0 || index >= GetNumParameters() || !value) return;
+  std::vector<LPoint> points = CurvePoints();
+  points[static_cast<std::size_t>(index)].gainDb = LSoundProcessParameter::Get<double>(value);
+  points_.Clear();
+  for (const LPoint& p : points) points_.Add(p.frequency, p.gainDb);
+  MapPoints();
+}
+
+void LSPEq::GetParameterByIndex(int index, LSoundProcessParameter* out) const {
+  if (index < 0 || index >= GetNumParameters() || !out) return;
+  const LPoint& p = points_.At(static_cast<std::size_t>(index));
+  char label[kLPathMax];
+  LSPPointLabel(label, p.frequency, kAxes.xUnit);
+  out->Init<double>(kLSPParamDouble, kAxes.yMin, kAxes.yMax, label, kAxes.yUnit);
+  out->SetValue<double>(p.gainDb);
+}
+
+const LSPCurveAxes& LSPEq::CurveAxes() const { return kAxes; }
+
+std::vector<LPoint> LSPEq::CurvePoints() const {
+  std::vector<LPoint> points;
+  for (std::size_t i = 0; i < points_.Count(); ++i) points.push_back(points_.At(i));
+  return points;
+}
+
+void LSPEq::SetCurvePoint(double frequencyHz, double gainDb) {
+  std::vector<LPoint> points = CurvePoints();
+  std::erase_if(points, [&](const LPoint& p) { return p.frequency == frequencyHz; });
+  points_.Clear();
+  for (const LPoint& p : points) points_.Add(p.frequency, p.gainDb);
+  points_.Add(frequencyHz, gainDb);
+  MapPoints();
+}
+
+void LSPEq::ClearCurvePoints() {
+  points_.Clear();
+  gainsDb_.clear();
+}
+
+void LSPEq::MapPoints() {
+  // SetGains forgets the points; they are what the gains now come from.
+  LPointList points = points_;
+  points.MapPointListToEq(*this, kLEqPointsRate);
+  points_ = std::move(points);
 }
 
 double LSPEq::GainAt(double frequencyHz) const {

@@ -13,11 +13,19 @@
 // the input by half the filter and answers positions and length of its own, equal
 // to the input's. Frames before 0 and at or past the end read as silence.
 //
+// The curve may also be given as points (LSPPointCurve, straight between points
+// over linear frequency, as LPointList): the points are then its parameters,
+// labelled by their frequency, and every change maps them into the gains up to
+// 48 kHz. Setting the gains directly forgets the points.
+//
 // Saved layout after the base container: 0x2001 blob of 4-byte floats, the gains
-// from 0 Hz upward. A chain record drops type 9 on load, by design.
+// from 0 Hz upward (points are not saved). A chain record drops type 9 on load,
+// by design.
 #include <memory>
 
 #include "base/array.h"
+#include "effects/point_curve.h"
+#include "effects/point_list.h"
 #include "effects/sound_process.h"
 #include "effects/sound_process_base.h"
 
@@ -29,7 +37,10 @@ inline constexpr double kLEqCeilingDb = 30.0;
 // Most entries a loaded table may have (up to a rate of 2 MHz); longer data is damaged.
 inline constexpr std::size_t kLEqMaxGains = 1u << 20;
 
-class LSPEq final : public LSoundProcess {
+// The rate the points are mapped for: gains up to half of it.
+inline constexpr std::uint32_t kLEqPointsRate = 96000;
+
+class LSPEq final : public LSoundProcess, public LSPPointCurve {
 public:
   LSPEq() = default;
   LSPEq(const LSPEq&) = default;
@@ -51,10 +62,23 @@ public:
   void SaveToSDF(LSDFWriter& writer) const override;
   void LoadFromSDF(LSDFReader& reader, LSDFReaderChunkIterator& iterator) override;
   void LoadFromSDF(LSDFReaderChunkIterator& iterator) override;
-  void ResetToDefault() override { gainsDb_.clear(); }
+  void ResetToDefault() override;
+
+  int GetNumParameters() const override { return static_cast<int>(points_.Count()); }
+  // A double: the gain of point `index` in dB.
+  void SetParameterByIndex(int index, void* value) override;
+  void GetParameterByIndex(int index, LSoundProcessParameter* out) const override;
+
+  const LSPCurveAxes& CurveAxes() const override;
+  std::vector<LPoint> CurvePoints() const override;
+  void SetCurvePoint(double frequencyHz, double gainDb) override;
+  void ClearCurvePoints() override;
 
 private:
+  void MapPoints();
+
   LArray<float> gainsDb_;
+  LPointList points_;
 };
 
 class LSRCEq final : public LSoundProcessBase {

@@ -1,10 +1,15 @@
 #include "effects/sound_process_table.h"
 
 #include "effects/compressor.h"
+#include "effects/deesser.h"
+#include "effects/drc_point_line.h"
 #include "effects/echo.h"
 #include "effects/eq.h"
+#include "effects/eq_point_line.h"
 #include "effects/eq_simple_3band.h"
 #include "effects/gain.h"
+#include "effects/multiband_gate.h"
+#include "effects/graphic_eq.h"
 #include "effects/noise_gate.h"
 #include "effects/parametric_eq.h"
 #include "effects/pass_filter.h"
@@ -27,11 +32,11 @@ constexpr LSoundProcessTypeRow kRows[] = {
     {kLSPTypeHighPass, "hochpass", "Hochpass", Make<LSPHighPass>},
     {kLSPTypeFlanger, nullptr, "Flanger", nullptr},
     {kLSPTypeReverb3, nullptr, "Hall", nullptr},
-    // Flat by default, so the command does not offer it.
-    {kLSPTypePointListEq, nullptr, "Equalizer", Make<LSPEq>},
+    // Flat until points are given ("equalizer 100=-6 1000=3").
+    {kLSPTypePointListEq, "equalizer", "Equalizer", Make<LSPEq>},
     {kLSPTypeParametricEqBand, "parametrischereq", "Parametrischer EQ", Make<LSPParametricEqBand>},
-    {kLSPTypeGraphicEqBand, nullptr, "Grafischer EQ", nullptr},
-    {kLSPTypeEqPointLine, nullptr, "Visueller EQ", nullptr},
+    {kLSPTypeGraphicEqBand, "grafischereq", "Grafischer EQ", Make<LSPGraphicEqBand>},
+    {kLSPTypeEqPointLine, "visuellereq", "Visueller EQ", Make<LSPEqPointLine>},
     {kLSPTypePitchSpeed, nullptr, "Pitch Shifter", nullptr},
     {kLSPTypePitch, nullptr, "Pitch Shifter", nullptr},
     {kLSPTypeLowPass, "tiefpass", "Tiefpass", Make<LSPLowPass>},
@@ -41,15 +46,15 @@ constexpr LSoundProcessTypeRow kRows[] = {
     {kLSPTypeVibrato, nullptr, "Vibrato", nullptr},
     {kLSPTypeDoppler, nullptr, "Doppler", nullptr},
     {kLSPTypeWahwah, nullptr, "Wah-Wah", nullptr},
-    {kLSPTypeDRCPointLine, nullptr, "Grafikkompressor", nullptr},
+    {kLSPTypeDRCPointLine, "grafikkompressor", "Grafikkompressor", Make<LSPDRCPointLine>},
     {kLSPTypeVoicePitch, nullptr, "Pitch Shifter für Stimme", nullptr},
     {kLSPTypePhaser, nullptr, "Phaser", nullptr},
     {kLSPTypeAMRadio, nullptr, "AM Radio", nullptr},
     {kLSPTypeTelephone, nullptr, "Telefon", nullptr},
     {kLSPTypeNoiseGate, "noisegate", "Noise-Gate", Make<LSPNoiseGate>},
-    {kLSPTypeMultiBandNoiseGating, nullptr, "Multiband Noise Gating", nullptr},
+    {kLSPTypeMultiBandNoiseGating, "multibandgate", "Multiband Noise Gating", Make<LSPMultiBandNoiseGating>},
     {kLSPTypeClickPopRemoval, nullptr, "Click/Pop-Entfernung", nullptr},
-    {kLSPTypeDeesser2, nullptr, "De-esser", nullptr},
+    {kLSPTypeDeesser2, "deesser", "De-esser", Make<LSPDeesser2>},
     // There are no Audio Units to host here.
     {kLSPTypeAudioUnitPlugin, nullptr, "Audio-Unit-Plug-in", nullptr},
 };

@@ -97,6 +97,11 @@ void LSoundProcessValues::SetValue(int index, double value) {
   if (index >= 0 && index < Count()) values_[index] = value;
 }
 
+double LSoundProcessValues::PresetValue(int preset, int index) const {
+  if (preset < 0 || preset >= GetNumPresets() || index < 0 || index >= Count()) return 0.0;
+  return table_->presets[preset].values[index];
+}
+
 double LSoundProcessValues::OpenValue(int index) const {
   if (index < 0 || index >= Count()) return 0.0;
   const LSPValueSpec& shape = table_->specs[index];

@@ -17,7 +17,7 @@
 #include "effects/sound_process.h"
 
 // Most settings one such effect has.
-inline constexpr int kLSPValuesMax = 8;
+inline constexpr int kLSPValuesMax = 32;
 
 struct LSPValueSpec {
   const char* label;  // German
@@ -65,6 +65,8 @@ public:
   void SetValue(int index, double value);
   // The value a source is opened with: within the bounds, whole where it must be.
   double OpenValue(int index) const;
+  // Setting `index` of preset `preset` (0 outside either range).
+  double PresetValue(int preset, int index) const;
 
 protected:
   explicit LSoundProcessValues(const LSPValueTable& table);

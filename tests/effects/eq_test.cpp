@@ -2,13 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 
 #include "effect_test_sdf.h"
 #include "effect_test_sources.h"
+#include "effects/eq_point_line.h"
 #include "effects/mix_simple.h"
 #include "effects/point_list.h"
+#include "effects/sound_process_by_name.h"
+#include "effects/sound_process_setting_text.h"
 
 namespace {
 
@@ -29,7 +33,7 @@ LSPEq Mapped(std::initializer_list<LPoint> points) {
 LSPEq BandPass() { return Mapped({{10, -60}, {999, -60}, {1000, 0}, {2000, 0}, {2001, -60}, {20000, -60}}); }
 LSPEq BandStop() { return Mapped({{10, 0}, {999, 0}, {1000, -60}, {2000, -60}, {2001, 0}, {20000, 0}}); }
 
-std::vector<float> Filter(LSPEq& eq, const std::vector<float>& x, int channels = 1, long long block = kFrames) {
+std::vector<float> Filter(LSoundProcess& eq, const std::vector<float>& x, int channels = 1, long long block = kFrames) {
   LSoundSource input = MakeBufferSource(x, kRate, static_cast<std::uint8_t>(channels));
   LSoundSource s = eq.OpenSource(input);
   return ReadAll(s, static_cast<long long>(x.size()) / channels, block);
@@ -160,4 +164,42 @@ TEST(Eq, GainsAreKeptWithinTheFloorAndCeilingRoundTripThroughSavingAndAFlatCurve
   EXPECT_EQ(flat.OpenSource(input).Get(), input.Get());
   LSPEq zeros = Mapped({{100, 0}, {5000, 0}});
   EXPECT_EQ(zeros.OpenSource(input).Get(), input.Get());
+}
+
+TEST(EqPointLine, FollowsItsDrawnCurveAtThePointsBetweenThemAndHasLinearPhase) {
+  LSPEqPointLine eq;
+  std::string message;
+  for (const char* point : {"200=0", "1000 Hz=12", "5000=-6", "20000=-6"})
+    ASSERT_EQ(LSoundProcessSetFromText(eq, point, &message), LSPSettingTextResult::kOK) << point << message;
+  // Points, the log-frequency middle of a segment, and beyond the last point.
+  for (auto [hz, db] : {std::pair{1000.0, 12.0}, {5000.0, -6.0}, {100.0, 0.0}, {std::sqrt(5e6), 3.0}, {15000.0, -6.0}}) {
+    std::vector<float> x = Sine(hz, 0.25, kRate, kFrames);
+    EXPECT_NEAR(RelativeDb(Filter(eq, x), x), db, 0.5) << hz;
+  }
+  // An impulse comes out symmetric about where it went in.
+  std::vector<float> impulse(static_cast<std::size_t>(kFrames));
+  const std::size_t at = kFrames / 2;
+  impulse[at] = 1.0f;
+  std::vector<float> h = Filter(eq, impulse);
+  const auto peak = std::max_element(h.begin(), h.end(), [](float a, float b) { return std::abs(a) < std::abs(b); });
+  EXPECT_EQ(static_cast<std::size_t>(peak - h.begin()), at);
+  for (std::size_t k = 1; k < 20000; ++k) ASSERT_NEAR(h[at + k], h[at - k], 1e-5) << k;
+}
+
+TEST(Eq, TheCommandsEqualizerTakesItsPointsAsParameters) {
+  std::unique_ptr<LSoundProcess> eq = LSoundProcessCreateByName("equalizer");
+  ASSERT_NE(eq, nullptr);
+  std::string message;
+  for (const char* point : {"100=-12", "1000Hz=6", "1000 Hz=0", "3000=0"})
+    ASSERT_EQ(LSoundProcessSetFromText(*eq, point, &message), LSPSettingTextResult::kOK) << point << message;
+  ASSERT_EQ(eq->GetNumParameters(), 3);
+  LSoundProcessParameter p;
+  eq->GetParameterByIndex(1, &p);
+  EXPECT_STREQ(p.szName, "1000 Hz");
+  for (auto [hz, db] : {std::pair{50.0, -12.0}, {550.0, -6.0}, {5000.0, 0.0}}) {
+    std::vector<float> x = Sine(hz, 0.25, kRate, kFrames);
+    EXPECT_NEAR(RelativeDb(Filter(*eq, x), x), db, 0.2) << hz;
+  }
+  EXPECT_EQ(LSoundProcessSetFromText(*eq, "50000=3", &message), LSPSettingTextResult::kOutOfRange);
+  EXPECT_NE(message.find("Frequenz muss zwischen 0 und 48000 Hz liegen"), std::string::npos) << message;
 }

@@ -6,8 +6,10 @@
 #include "effect_test_levels.h"
 #include "effect_test_sources.h"
 #include "effects/eq_simple_3band.h"
+#include "effects/graphic_eq.h"
 #include "effects/parametric_eq.h"
 #include "effects/pass_filter.h"
+#include "effects/sound_process_setting_text.h"
 
 namespace {
 
@@ -99,4 +101,26 @@ TEST(PassFilter, SeekThenReadGivesWhatReadingStraightThroughGives) {
   s.Seek(17001);
   std::vector<float> tail = ReadAll(s, frames - 17001, 999);
   for (std::size_t i = 0; i < tail.size(); ++i) ASSERT_NEAR(tail[i], whole[17001 * 2 + i], 1e-5) << i;
+}
+
+TEST(GraphicEq, ABandRaisesItsCentreByItsGainAndLeavesTwoOctavesAwayAloneAtEveryBandCount) {
+  for (int bands : {10, 20, 31}) {
+    SCOPED_TRACE(bands);
+    LSPGraphicEqBand eq;
+    std::string message;
+    ASSERT_EQ(LSoundProcessSetFromText(eq, "Bänder=" + std::to_string(bands), &message), LSPSettingTextResult::kOK);
+    ASSERT_EQ(eq.GetNumParameters(), 1 + bands);
+    ASSERT_EQ(LSoundProcessSetFromText(eq, "1000 Hz=12", &message), LSPSettingTextResult::kOK) << message;
+    EXPECT_NEAR(Response(eq, 1000.0, 44100.0), 12.0, 0.5);
+    EXPECT_LT(std::abs(Response(eq, 250.0, 44100.0)), 0.5);
+    EXPECT_LT(std::abs(Response(eq, 4000.0, 44100.0)), 0.5);
+  }
+  std::string message;
+  LSPGraphicEqBand named;
+  EXPECT_EQ(LSoundProcessSetFromText(named, "31.5 Hz=3", &message), LSPSettingTextResult::kOK) << message;
+  EXPECT_EQ(named.Value(kLSPGraphicFirstGain), 3.0);
+  // Every band raised alike lifts everything about alike.
+  LSPGraphicEqBand all;
+  for (int i = 0; i < 10; ++i) all.SetValue(kLSPGraphicFirstGain + i, 6.0);
+  for (double hz : {125.0, 700.0, 1000.0, 3000.0}) EXPECT_NEAR(Response(all, hz, 44100.0), 6.0, 1.5) << hz;
 }

@@ -19,7 +19,9 @@ TEST(SoundProcessValues, EveryPresetOfEveryEffectRoundTripsThroughAChainFile) {
   LSoundProcessMulti chain;
   int expected = 0;
   for (int type : {kLSPTypeDRCSimple, kLSPTypeHighPass, kLSPTypeParametricEqBand, kLSPTypeLowPass,
-                   kLSPTypeEqSimple3Band, kLSPTypeNoiseGate}) {
+                   kLSPTypeEqSimple3Band, kLSPTypeNoiseGate, kLSPTypeDRCPointLine,
+                   kLSPTypeGraphicEqBand, kLSPTypeDeesser2, kLSPTypeEqPointLine,
+                   kLSPTypeMultiBandNoiseGating}) {
     std::unique_ptr<LSoundProcess> probe = LSoundProcessTypeRowOf(type)->make();
     ASSERT_GT(probe->GetNumPresets(), 1) << type;
     EXPECT_EQ(probe->GetIndexInPreset(), -1) << "the defaults are no preset";
