@@ -14,6 +14,12 @@
 #include "effects/parametric_eq.h"
 #include "effects/pass_filter.h"
 #include "effects/sound_process_type.h"
+#include "effects/am_radio.h"
+#include "effects/doppler.h"
+#include "effects/phaser.h"
+#include "effects/telephone.h"
+#include "effects/voice_pitch.h"
+#include "effects/wahwah.h"
 
 namespace {
 
@@ -44,13 +50,13 @@ constexpr LSoundProcessTypeRow kRows[] = {
     {kLSPTypeEqSimple3Band, "eq3", "3-Band-Equalizer", Make<LSPEqSimple3Band>},
     {kLSPTypeTremolo, nullptr, "Tremolo", nullptr},
     {kLSPTypeVibrato, nullptr, "Vibrato", nullptr},
-    {kLSPTypeDoppler, nullptr, "Doppler", nullptr},
-    {kLSPTypeWahwah, nullptr, "Wah-Wah", nullptr},
+    {kLSPTypeDoppler, "doppler", "Doppler", Make<LSPDoppler>},
+    {kLSPTypeWahwah, "wahwah", "Wah-Wah", Make<LSPWahwah>},
     {kLSPTypeDRCPointLine, "grafikkompressor", "Grafikkompressor", Make<LSPDRCPointLine>},
-    {kLSPTypeVoicePitch, nullptr, "Pitch Shifter für Stimme", nullptr},
-    {kLSPTypePhaser, nullptr, "Phaser", nullptr},
-    {kLSPTypeAMRadio, nullptr, "AM Radio", nullptr},
-    {kLSPTypeTelephone, nullptr, "Telefon", nullptr},
+    {kLSPTypeVoicePitch, "stimme", "Pitch Shifter für Stimme", Make<LSPVoicePitch>},
+    {kLSPTypePhaser, "phaser", "Phaser", Make<LSPPhaser>},
+    {kLSPTypeAMRadio, "amradio", "AM Radio", Make<LSPAMRadio>},
+    {kLSPTypeTelephone, "telefon", "Telefon", Make<LSPTelephone>},
     {kLSPTypeNoiseGate, "noisegate", "Noise-Gate", Make<LSPNoiseGate>},
     {kLSPTypeMultiBandNoiseGating, "multibandgate", "Multiband Noise Gating", Make<LSPMultiBandNoiseGating>},
     {kLSPTypeClickPopRemoval, nullptr, "Click/Pop-Entfernung", nullptr},
