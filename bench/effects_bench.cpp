@@ -15,6 +15,14 @@
 #include "effects/multiband_gate.h"
 #include "effects/point_list.h"
 #include "engine/source_to_sink.h"
+#include "effects/am_radio.h"
+#include "effects/cb_radio_chain.h"
+#include "effects/doppler.h"
+#include "effects/phaser.h"
+#include "effects/reduce_vocals.h"
+#include "effects/telephone.h"
+#include "effects/voice_pitch.h"
+#include "effects/wahwah.h"
 
 namespace {
 
@@ -115,6 +123,72 @@ void BM_MultiBandGate(benchmark::State& state) {
   ReadRealTime(state, gate);
 }
 BENCHMARK(BM_MultiBandGate)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+// Delay, modulation and character, each over ten minutes.
+void BM_Doppler(benchmark::State& state) {
+  LSPDoppler doppler;
+  doppler.SetPreset(1);
+  ReadRealTime(state, doppler);
+}
+BENCHMARK(BM_Doppler)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+void BM_Wahwah(benchmark::State& state) {
+  LSPWahwah wah;
+  ReadRealTime(state, wah);
+}
+BENCHMARK(BM_Wahwah)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+// Twelve stages: the most the phaser runs.
+void BM_Phaser12(benchmark::State& state) {
+  LSPPhaser phaser;
+  phaser.SetValue(kLSPPhaserStages, 12);
+  ReadRealTime(state, phaser);
+}
+BENCHMARK(BM_Phaser12)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+void BM_AMRadio(benchmark::State& state) {
+  LSPAMRadio radio;
+  ReadRealTime(state, radio);
+}
+BENCHMARK(BM_AMRadio)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+void BM_Telephone(benchmark::State& state) {
+  LSPTelephone phone;
+  ReadRealTime(state, phone);
+}
+BENCHMARK(BM_Telephone)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+void BM_VoiceChange(benchmark::State& state) {
+  LSPVoicePitch voice;
+  voice.SetPreset(1);
+  ReadRealTime(state, voice);
+}
+BENCHMARK(BM_VoiceChange)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+// Reads one second of an opened source per iteration, for what is not one effect of the table.
+void ReadOpenedRealTime(benchmark::State& state, LSoundSource output) {
+  LArray<float> buffer(static_cast<std::size_t>(kLPumpBlockFrames * kBenchChannels));
+  for (auto _ : state) {
+    for (long long at = 0; at < kBenchRate; at += kLPumpBlockFrames)
+      output.Read(buffer.data(), std::min<long long>(kLPumpBlockFrames, kBenchRate - at));
+    benchmark::DoNotOptimize(buffer.data());
+  }
+  state.counters["x_realtime"] =
+      benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+}
+
+void BM_ReduceVocals(benchmark::State& state) {
+  LSoundSource input = LMakeSource<BenchNoiseSource>(kEndlessFrames, kBenchChannels);
+  ReadOpenedRealTime(state, LMakeSource<LSRCReduceVocals>(input));
+}
+BENCHMARK(BM_ReduceVocals)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+void BM_CBRadioChain(benchmark::State& state) {
+  LSoundProcessMulti chain = LCBRadioChain();
+  LSoundSource input = LMakeSource<BenchNoiseSource>(kEndlessFrames, kBenchChannels);
+  ReadOpenedRealTime(state, chain.OpenSource(input));
+}
+BENCHMARK(BM_CBRadioChain)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
 
 // The noise alone: what the numbers above include for their input.
 void BM_NoiseInput(benchmark::State& state) {

@@ -45,16 +45,22 @@ LSoundSource LSPTelephone::OpenSource(LSoundSource& input) {
 LSRCTelephone::LSRCTelephone(const LSoundSource& input, double lowHz, double highHz, int bits)
     : LSoundProcessBase(input),
       levels_(static_cast<float>((1 << (bits - 1)) - 1)),
-      band_(Band(LFilterRate(input), lowHz, highHz), GetChannels()) {}
+      band_(Band(LFilterRate(input), lowHz, highHz), GetChannels()) {
+  // Every code the compander can give, expanded once.
+  expand_.resize(static_cast<std::size_t>(levels_) + 1);
+  for (std::size_t c = 0; c < expand_.size(); ++c)
+    expand_[c] = static_cast<float>(std::expm1(static_cast<double>(c) / levels_ * std::log1p(kMu)) / kMu);
+}
 
 void LSRCTelephone::Read(float* buffer, long long frames) {
   ReadInput(buffer, frames);
   const long long samples = frames * GetChannels();
-  const float logMu = static_cast<float>(std::log1p(kMu));
+  const float toCode = levels_ / static_cast<float>(std::log1p(kMu));
+  const float top = static_cast<float>(expand_.size() - 1);
   for (long long i = 0; i < samples; ++i) {
-    const float x = std::fmax(-1.0f, std::fmin(1.0f, buffer[i]));
-    const float c = std::round(std::copysign(std::log1p(static_cast<float>(kMu) * std::fabs(x)) / logMu, x) * levels_);
-    buffer[i] = std::copysign(std::expm1(std::fabs(c) / levels_ * logMu) / static_cast<float>(kMu), c);
+    const float x = buffer[i];
+    const float code = std::fmin(top, std::round(std::log1p(static_cast<float>(kMu) * std::fabs(x)) * toCode));
+    buffer[i] = std::copysign(expand_[static_cast<std::size_t>(code)], x);
   }
   band_.Process(buffer, frames);
 }

@@ -6,6 +6,8 @@
 // line carries, steep Chebyshev slopes beyond them) and "Bits" (whole: the
 // resolution of the mu-law codec the sound goes through first, its colour).
 // Saved layout: as every LSoundProcessValues, chunks 0x2001 to 0x2003 in that order.
+#include <vector>
+
 #include "effects/biquad.h"
 #include "effects/sound_process_base.h"
 #include "effects/sound_process_values.h"
@@ -32,5 +34,6 @@ public:
 
 private:
   float levels_;  // quantisation steps per unit of the companded value
+  std::vector<float> expand_;  // the level of each step
   LBiquadCascade band_;
 };
