@@ -44,6 +44,7 @@ LSRCReduceVocals::LSRCReduceVocals(const LSoundSource& input, double bassHz) : L
   in_.assign(2 * kSize, 0.0f);
   overlap_.assign(2 * kHop, 0.0f);
   out_.assign(2 * kHop, 0.0f);
+  fresh_.assign(2 * kHop, 0.0f);
   fft_ = std::make_unique<Fft>();
 }
 
@@ -55,8 +56,8 @@ long long LSRCReduceVocals::GetPositionSample() const {
 
 void LSRCReduceVocals::NextHop() {
   // The later half of the frames moves to the front; the next hop of input follows it.
-  std::vector<float> fresh(2 * kHop);
-  ReadInput(fresh.data(), kHop);
+  float* fresh = fresh_.data();
+  ReadInput(fresh, kHop);
   for (int c = 0; c < 2; ++c) {
     float* in = in_.data() + c * kSize;
     std::copy(in + kHop, in + kSize, in);
@@ -119,10 +120,9 @@ void LSRCReduceVocals::Seek(long long frame) {
   // before frame 0 the input is silence.
   if (hop >= kHop) {
     LSoundProcessBase::Seek(hop - kHop);
-    std::vector<float> earlier(2 * kHop);
-    ReadInput(earlier.data(), kHop);
+    ReadInput(fresh_.data(), kHop);
     for (int c = 0; c < 2; ++c)
-      for (long long i = 0; i < kHop; ++i) in_[c * kSize + kHop + i] = earlier[2 * i + c];
+      for (long long i = 0; i < kHop; ++i) in_[c * kSize + kHop + i] = fresh_[2 * i + c];
   } else {
     LSoundProcessBase::Seek(0);
   }

@@ -38,5 +38,6 @@ private:
   std::vector<float> in_;       // two channels of one spectrum's frames, channel after channel
   std::vector<float> overlap_;  // two channels of the later half of the last spectrum
   std::vector<float> out_;      // the current hop, interleaved
+  std::vector<float> fresh_;    // one hop of input, interleaved
   std::unique_ptr<Fft> fft_;
 };

@@ -65,6 +65,12 @@ void LSRCVoicePitch::Read(float* buffer, long long frames) {
   for (long long i = 0; i < frames; ++i) {
     const long long at = position_ + i;
     float* frame = buffer + i * channels;
+    const float ring = robotHz_ > 0 ? static_cast<float>(std::numbers::sqrt2 * LLfoSine(at, robotHz_, rate)) : 1.0f;
+    if (slide_ == 0) {
+      // The pitch stays: no heads, so the voice keeps its place in time.
+      for (int c = 0; c < channels; ++c) frame[c] *= ring;
+      continue;
+    }
     for (int c = 0; c < channels; ++c) line_[static_cast<std::size_t>((at & mask_) * channels + c)] = frame[c];
     // Each head's delay falls (or rises) through the window and jumps back; its
     // weight is nil at the jump, and the two weights add up to one.
@@ -80,7 +86,6 @@ void LSRCVoicePitch::Read(float* buffer, long long frames) {
       frac[h] = static_cast<float>(delay - back);
       weight[h] = static_cast<float>(s * s);
     }
-    const float ring = robotHz_ > 0 ? static_cast<float>(std::numbers::sqrt2 * LLfoSine(at, robotHz_, rate)) : 1.0f;
     for (int c = 0; c < channels; ++c) {
       float sum = 0;
       for (int h = 0; h < 2; ++h) {

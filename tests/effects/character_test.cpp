@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <numbers>
 
 #include "effect_test_levels.h"
 #include "effect_test_sources.h"
@@ -121,6 +122,10 @@ TEST(VoicePitch, MovesThePitchByItsSemitonesAndTheRobotRingModulates) {
     if (robot > 0) {
       EXPECT_LT(Through(y, 300, 0.3), -30.0) << name;
       EXPECT_NEAR(Through(y, 300 + robot, 0.3), -3.0, 1.0) << name;
+      // Unshifted, the voice keeps its place in time.
+      const std::vector<float> x = Tones({300}, 0.3, 2 * kRate);
+      for (std::size_t i = 10; i < 110; ++i)
+        ASSERT_NEAR(y[i], x[i] * std::sqrt(2.0) * std::sin(2 * std::numbers::pi * robot * i / kRate), 1e-4) << i;
     } else {
       EXPECT_GT(ToneDb(y, moved, kRate, kRate, kRate), ToneDb(y, 300, kRate, kRate, kRate) + 20.0) << name;
     }
