@@ -53,7 +53,7 @@ constexpr LSoundProcessTypeRow kRows[] = {
     {kLSPTypeDoppler, "doppler", "Doppler", Make<LSPDoppler>},
     {kLSPTypeWahwah, "wahwah", "Wah-Wah", Make<LSPWahwah>},
     {kLSPTypeDRCPointLine, "grafikkompressor", "Grafikkompressor", Make<LSPDRCPointLine>},
-    {kLSPTypeVoicePitch, "stimme", "Pitch Shifter für Stimme", Make<LSPVoicePitch>},
+    {kLSPTypeVoicePitch, "stimmenverzerrer", "Pitch Shifter für Stimme", Make<LSPVoicePitch>},
     {kLSPTypePhaser, "phaser", "Phaser", Make<LSPPhaser>},
     {kLSPTypeAMRadio, "amradio", "AM Radio", Make<LSPAMRadio>},
     {kLSPTypeTelephone, "telefon", "Telefon", Make<LSPTelephone>},
