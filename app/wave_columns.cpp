@@ -14,7 +14,8 @@ constexpr long long kReadFrames = 16384;
 }  // namespace
 
 void SVWaveColumns::DocumentChanged() {
-  source_ = LSoundSource();
+  // Assigning an empty handle would keep the old source: close it.
+  source_.Close();
   sourceOpen_ = false;
   sourceList_ = nullptr;
 }
