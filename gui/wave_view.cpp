@@ -336,7 +336,7 @@ void SVWaveView::TilePaint(QImage& image, long long index) {
   for (int c = 0; c < channels; ++c) {
     const int top = c * laneHeight;
     painter.setPen(kCentre);
-    painter.drawLine(0, top + laneHeight / 2, static_cast<int>(endX) - 1, top + laneHeight / 2);
+    if (endX > 0) painter.drawLine(0, top + laneHeight / 2, static_cast<int>(endX) - 1, top + laneHeight / 2);
     painter.setPen(kLaneEdge);
     painter.drawLine(0, top + laneHeight - 1, kTileWidth - 1, top + laneHeight - 1);
   }
@@ -351,13 +351,25 @@ void SVWaveView::TilePaint(QImage& image, long long index) {
     painter.end();
     columns_.Peaks(list, scale_.FrameOfColumn(firstColumn), scale_.framesPerPixel, kTileWidth, peaks_);
     const QRgb wave = kWave.rgb();
+    // Straight into the pixels: scanLine would check for sharing on every call.
+    auto* pixels = reinterpret_cast<QRgb*>(image.bits());
+    const qsizetype stride = image.bytesPerLine() / static_cast<qsizetype>(sizeof(QRgb));
+    int top[kTileWidth];
+    int bottom[kTileWidth];
     for (int c = 0; c < channels; ++c) {
+      int low = INT_MAX;
+      int high = INT_MIN;
       for (int x = 0; x < kTileWidth; ++x) {
         const SVWaveColumn& column = peaks_[static_cast<std::size_t>(c * kTileWidth + x)];
-        if (column.IsEmpty()) continue;
-        const int y0 = yOf(c, column.max);
-        const int y1 = yOf(c, column.min);
-        for (int y = y0; y <= y1; ++y) reinterpret_cast<QRgb*>(image.scanLine(y))[x] = wave;
+        top[x] = column.IsEmpty() ? INT_MAX : yOf(c, column.max);
+        bottom[x] = column.IsEmpty() ? INT_MIN : yOf(c, column.min);
+        low = std::min(low, top[x]);
+        high = std::max(high, bottom[x]);
+      }
+      // Row by row, so the writes run along memory.
+      for (int y = low; y <= high; ++y) {
+        QRgb* row = pixels + y * stride;
+        for (int x = 0; x < kTileWidth; ++x) row[x] = (y >= top[x] && y <= bottom[x]) ? wave : row[x];
       }
     }
     return;

@@ -57,8 +57,9 @@ public:
   void Render(QPainter& painter, const QRect& area);
   // The lane of channel in viewport coordinates.
   [[nodiscard]] QRect LaneRect(int channel) const;
-  // Tiles kept for painting.
+  // Tiles kept for painting; dropping them makes the next paint draw everything anew.
   [[nodiscard]] int TileCount() const { return static_cast<int>(tiles_.size()); }
+  void TilesDrop();
 
 signals:
   // The user moved the cursor or changed the selection in the document.
@@ -86,7 +87,6 @@ private:
   void ScrollColumnSet(long long column);
   void ScrollBarUpdate();
   void ViewStateStore();
-  void TilesDrop();
   [[nodiscard]] const QImage& Tile(long long index, int height);
   void TilePaint(QImage& image, long long index);
   void PaintMarks(QPainter& painter, const QRect& lanes);
