@@ -149,7 +149,24 @@ bool SVWaveLevels::Extend(const LSoundCacheItemHandle& handle, Item& item, long 
     for (long long r = 0; r < kSVWaveLevelFactor; ++r)
       MergeInto(level2.data() + at, level1.data() + (first * kSVWaveLevelFactor + r) * channels, channels);
   }
-  return ok;
+  if (!ok || item.tailsKnown == item.known) return ok;
+  // The incomplete sets after the complete ones: the records known so far.
+  const auto setSize = static_cast<std::size_t>(channels);
+  for (auto& tail : item.tails) tail.clear();
+  const long long rest = item.known - item.Sets(1) * kSVWaveLevelFactor;
+  if (rest > 0) {
+    if (!ReadLevel0(handle, item, item.Sets(1) * kSVWaveLevelFactor, rest, chunk)) return false;
+    item.tails[0].assign(setSize, LCutListGrfRecord{});
+    for (long long r = 0; r < rest; ++r) MergeInto(item.tails[0].data(), chunk.data() + r * channels, channels);
+  }
+  if (item.Sets(1) > item.Sets(2) * kSVWaveLevelFactor || !item.tails[0].empty()) {
+    item.tails[1].assign(setSize, LCutListGrfRecord{});
+    for (long long s = item.Sets(2) * kSVWaveLevelFactor; s < item.Sets(1); ++s)
+      MergeInto(item.tails[1].data(), level1.data() + s * channels, channels);
+    if (!item.tails[0].empty()) MergeInto(item.tails[1].data(), item.tails[0].data(), channels);
+  }
+  item.tailsKnown = item.known;
+  return true;
 }
 
 bool SVWaveLevels::RecordsLocked(const LSoundCacheItemHandle& handle, Item& item, int level, long long first,
@@ -157,22 +174,15 @@ bool SVWaveLevels::RecordsLocked(const LSoundCacheItemHandle& handle, Item& item
   if (level == 0) return ReadLevel0(handle, item, first, count, out);
   const int channels = item.channels;
   out.assign(static_cast<std::size_t>(count * channels), LCutListGrfRecord{});
-  const long long kept = std::min(first + count, item.Sets(level));
-  const std::vector<LCutListGrfRecord>& sets = item.levels[level - 1];
-  for (long long s = first; s < kept; ++s)
-    std::copy_n(sets.begin() + static_cast<std::ptrdiff_t>(s * channels), channels,
-                out.begin() + static_cast<std::ptrdiff_t>((s - first) * channels));
-  // The sets not kept are the item's last, incomplete ones: merged from the level below.
-  const long long from = std::max(first, kept);
-  if (from >= first + count) return true;
-  std::vector<LCutListGrfRecord> below;
-  if (!RecordsLocked(handle, item, level - 1, from * kSVWaveLevelFactor, (first + count - from) * kSVWaveLevelFactor,
-                     below))
-    return false;
-  for (long long s = from; s < first + count; ++s)
-    for (long long r = 0; r < kSVWaveLevelFactor; ++r)
-      MergeInto(out.data() + (s - first) * channels, below.data() + ((s - from) * kSVWaveLevelFactor + r) * channels,
-                channels);
+  const long long sets = item.Sets(level);
+  const std::vector<LCutListGrfRecord>& kept = item.levels[level - 1];
+  const std::vector<LCutListGrfRecord>& tail = item.tails[level - 1];
+  for (long long s = first; s < first + count; ++s) {
+    const LCutListGrfRecord* from = s < sets ? kept.data() + s * channels
+                                    : s == sets && !tail.empty() ? tail.data()
+                                                                 : nullptr;
+    if (from != nullptr) std::copy_n(from, channels, out.begin() + static_cast<std::ptrdiff_t>((s - first) * channels));
+  }
   return true;
 }
 

@@ -6,7 +6,8 @@
 // records it covers, so it is computed once per item and only from records that
 // exist: a record is known to exist when a segment of a cut list reaches it,
 // which also holds for an item still being written (a list shows only frames
-// whose overview is written).
+// whose overview is written). The last, incomplete set of each coarse level is
+// kept too and made again when more of the item becomes known.
 //
 // Items never change once written, so the levels of a number stay valid until
 // the number is reused: a finished item under it, or a different ".grf" file,
@@ -61,6 +62,9 @@ private:
     unsigned long long inode = 0;
     long long known = 0;  // level-0 records known to exist
     std::vector<LCutListGrfRecord> levels[kSVWaveLevelCount - 1];  // complete sets of levels 1 and 2
+    // The set after the complete ones, over the known records it holds (empty: none).
+    std::vector<LCutListGrfRecord> tails[kSVWaveLevelCount - 1];
+    long long tailsKnown = 0;  // the known count the tails were made for
     unsigned long long pass = 0;   // the pass that last checked the files
     unsigned long long lastUse = 0;
     [[nodiscard]] long long Sets(int level) const {

@@ -87,11 +87,7 @@ void SVWaveView::WindowSet(SVFileGUI* window) {
   columns_.DocumentChanged();
   scrollColumn_ = 0;
   keep_ = Keep::kFit;
-  if (SVFile* file = Document(); file != nullptr && file->View().second > file->View().first) {
-    keep_ = Keep::kRange;
-    keepFirst_ = file->View().first;
-    keepEnd_ = file->View().second;
-  }
+  storedFirst_ = storedEnd_ = -1;
   DocumentChanged();
 }
 
@@ -99,6 +95,13 @@ void SVWaveView::DocumentChanged() {
   SVFile* file = Document();
   length_ = file != nullptr ? file->CutList().GetLength() : 0;
   channels_ = file != nullptr ? file->CutList().GetChannels() : 0;
+  // Undo or a project put a different view state: show that range.
+  if (file != nullptr && file->View().second > file->View().first &&
+      (file->View().first != storedFirst_ || file->View().second != storedEnd_)) {
+    keep_ = Keep::kRange;
+    keepFirst_ = file->View().first;
+    keepEnd_ = file->View().second;
+  }
   const unsigned long long signature = file != nullptr ? ListSignature(file->CutList()) : 0;
   if (signature != signature_) {
     signature_ = signature;
@@ -248,9 +251,13 @@ void SVWaveView::scrollContentsBy(int, int) {
 
 void SVWaveView::ViewStateStore() {
   SVFile* file = Document();
-  if (file == nullptr || keep_ == Keep::kRange) return;
-  file->View().first = FirstFrame();
-  file->View().second = FrameAt(LanesWidth());
+  if (file == nullptr) return;
+  if (keep_ != Keep::kRange) {
+    file->View().first = FirstFrame();
+    file->View().second = FrameAt(LanesWidth());
+  }
+  storedFirst_ = file->View().first;
+  storedEnd_ = file->View().second;
 }
 
 long long SVWaveView::FrameAt(int x) const { return scale_.FrameOfColumn(scrollColumn_ + x); }
@@ -278,7 +285,16 @@ int SVWaveView::LaneAt(int y) const {
   return -1;
 }
 
-void SVWaveView::TilesDrop() { tiles_.clear(); }
+void SVWaveView::TilesDrop() {
+  for (QImage& image : tiles_) TileSpare(std::move(image));
+  tiles_.clear();
+}
+
+void SVWaveView::TileSpare(QImage&& image) {
+  // Fresh images of this size cost the system a page fault per 4 KiB; reuse them.
+  constexpr std::size_t kSpareTiles = 24;
+  if (spareTiles_.size() < kSpareTiles) spareTiles_.push_back(std::move(image));
+}
 
 void SVWaveView::paintEvent(QPaintEvent*) {
   QPainter painter(viewport());
@@ -303,20 +319,30 @@ void SVWaveView::Render(QPainter& painter, const QRect& area) {
   const long long span = lastTile - firstTile + 1;
   if (tiles_.size() > 3 * span + 2) {
     for (auto it = tiles_.begin(); it != tiles_.end();)
-      it = it.key() < firstTile - span || it.key() > lastTile + span ? tiles_.erase(it) : std::next(it);
+      if (it.key() < firstTile - span || it.key() > lastTile + span) {
+        TileSpare(std::move(*it));
+        it = tiles_.erase(it);
+      } else {
+        ++it;
+      }
   }
 }
 
 const QImage& SVWaveView::Tile(long long index, int height) {
   if (!(tileScale_ == scale_) || tileHeight_ != height || tileVerticalZoom_ != verticalZoom_) {
-    tiles_.clear();
+    TilesDrop();
     tileScale_ = scale_;
     tileHeight_ = height;
     tileVerticalZoom_ = verticalZoom_;
   }
   auto it = tiles_.find(index);
   if (it == tiles_.end()) {
-    QImage image(kTileWidth, height, QImage::Format_RGB32);
+    QImage image;
+    while (!spareTiles_.empty() && image.isNull()) {
+      if (spareTiles_.back().height() == height) image = std::move(spareTiles_.back());
+      spareTiles_.pop_back();
+    }
+    if (image.isNull()) image = QImage(kTileWidth, height, QImage::Format_RGB32);
     TilePaint(image, index);
     it = tiles_.insert(index, std::move(image));
   }

@@ -9,8 +9,9 @@
 // window calls DocumentChanged.
 //
 // The waveform is painted in tiles of 256 columns, kept while scrolling and
-// dropped when the zoom, the height or the document changes. What is shown
-// (first and last frame) is kept in the document's view state.
+// dropped when the zoom, the height or the document's audio changes. What is
+// shown (first frame, frame past the last) is kept in the document's view
+// state; a state changed from outside (undo, a project) is shown again.
 #include <QAbstractScrollArea>
 #include <QHash>
 #include <QImage>
@@ -95,6 +96,7 @@ private:
   // Shows frames [first, end) as closely as the width allows.
   void ShowRange(long long first, long long end);
   void KeptRangeApply();
+  void TileSpare(QImage&& image);
 
   SVFileGUI* window_ = nullptr;
   long long length_ = 0;
@@ -106,6 +108,8 @@ private:
   Keep keep_ = Keep::kFit;
   long long keepFirst_ = 0;
   long long keepEnd_ = 0;
+  long long storedFirst_ = -1;  // the view state as this view last wrote it
+  long long storedEnd_ = -1;
   SVWaveScale scale_;
   long long scrollColumn_ = 0;    // the column at the left edge
   long long scrollUnit_ = 1;      // columns per step of the scroll bar
@@ -114,6 +118,7 @@ private:
 
   SVWaveColumns columns_;
   QHash<long long, QImage> tiles_;
+  std::vector<QImage> spareTiles_;  // dropped tiles whose memory is painted over again
   SVWaveScale tileScale_;
   int tileHeight_ = -1;
   double tileVerticalZoom_ = 1.0;

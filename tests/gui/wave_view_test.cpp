@@ -161,6 +161,12 @@ TEST_F(WaveViewTest, HoursAtDeepZoomKeepEveryFrameInPlaceAndTheScrollBarReachesT
   view_.ZoomToFit();
   EXPECT_EQ(view_.FirstFrame(), 0);
   EXPECT_GE(view_.FrameAt(width), kThreeHours);
+
+  // A view state put back from outside (undo, a project) is shown.
+  File().View() = {kThreeHours / 2, kThreeHours / 2 + 10 * width};
+  view_.DocumentChanged();
+  EXPECT_EQ(view_.FirstFrame(), kThreeHours / 2);
+  EXPECT_EQ(view_.Zoom(), 10.0);
 }
 
 TEST_F(WaveViewTest, TilesStayWhileOnlyTheSelectionChangesAndGoWithTheAudio) {
