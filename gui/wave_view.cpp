@@ -367,10 +367,12 @@ void SVWaveView::TilePaint(QImage& image, long long index) {
     painter.drawLine(0, top + laneHeight - 1, kTileWidth - 1, top + laneHeight - 1);
   }
   const double half = (laneHeight - 2) / 2.0 * verticalZoom_;
+  // A row inside the lane and the image, however small the view.
   auto yOf = [&](int c, float v) {
-    const int top = c * laneHeight;
-    const double y = top + laneHeight / 2 - static_cast<double>(v) * half;
-    return static_cast<int>(std::clamp(std::lround(y), static_cast<long>(top), static_cast<long>(top + laneHeight - 2)));
+    const long top = std::min(c * laneHeight, image.height() - 1);
+    const long bottom = std::clamp<long>(c * laneHeight + laneHeight - 2, top, image.height() - 1);
+    const double y = c * laneHeight + laneHeight / 2 - static_cast<double>(v) * half;
+    return static_cast<int>(std::clamp(std::lround(y), top, bottom));
   };
 
   if (!scale_.IsPoints()) {
@@ -577,6 +579,12 @@ void SVWaveView::mouseDoubleClickEvent(QMouseEvent* event) {
 
 void SVWaveView::wheelEvent(QWheelEvent* event) {
   const QPoint angle = event->angleDelta();
+  if ((event->modifiers() & Qt::ControlModifier) && (event->modifiers() & Qt::ShiftModifier)) {
+    // Strg+Umschalt+wheel: the vertical zoom, by a factor of two per notch.
+    VerticalZoomSet(verticalZoom_ * std::pow(2.0, angle.y() / 120.0));
+    event->accept();
+    return;
+  }
   if (event->modifiers() & Qt::ControlModifier) {
     // Whole notches zoom by two around the mouse; a fine wheel adds up to them.
     wheelZoom_ += angle.y();

@@ -72,6 +72,9 @@ TEST_F(WaveViewTest, WithoutADocumentOrAudioItPaintsAndAnyChannelCountGetsStacke
     }
     EXPECT_LE(view_.LaneRect(channels - 1).bottom(), view_.viewport()->height());
   }
+  // Eight lanes in a view lower than eight pixels still paint inside it.
+  view_.resize(200, 24 + 5 + view_.height() - view_.viewport()->height());
+  Paint();
 }
 
 TEST_F(WaveViewTest, TheMouseSetsCursorAndSelectionAndAltPicksOneChannel) {
