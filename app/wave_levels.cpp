@@ -32,7 +32,7 @@ SVWaveLevels::SVWaveLevels() {
   analyzer.change = [this](unsigned short item, unsigned int change) {
     if (change != kLSoundCacheChangeItemAdded) return;
     std::lock_guard<std::mutex> lock(mutex_);
-    items_.erase(item);
+    Forget(item);
   };
   analyzer_ = LSoundCache::Instance().AnalyzerAdd(std::move(analyzer));
 }
@@ -47,6 +47,12 @@ void SVWaveLevels::PassBegin() {
 void SVWaveLevels::Clear() {
   std::lock_guard<std::mutex> lock(mutex_);
   items_.clear();
+  pages_.clear();
+}
+
+void SVWaveLevels::Forget(unsigned short number) {
+  items_.erase(number);
+  std::erase_if(pages_, [number](const Page& page) { return page.item == number; });
 }
 
 std::size_t SVWaveLevels::MemoryBytes() {
@@ -73,7 +79,7 @@ SVWaveLevels::Item* SVWaveLevels::Lookup(const LSoundCacheItemHandle& handle, in
   const LStringLong path = LSoundCache::Instance().FilePath(number, ".grf");
   struct stat st {};
   if (path.empty() || ::stat(path.c_str(), &st) != 0) {
-    if (it != items_.end()) items_.erase(it);
+    if (it != items_.end()) Forget(number);
     return nullptr;
   }
   const long long setBytes = static_cast<long long>(channels) * kLSoundCacheOverviewRecordBytes;
@@ -82,7 +88,7 @@ SVWaveLevels::Item* SVWaveLevels::Lookup(const LSoundCacheItemHandle& handle, in
     if (known.channels != channels || known.grfPath != path.c_str() ||
         known.device != static_cast<unsigned long long>(st.st_dev) ||
         known.inode != static_cast<unsigned long long>(st.st_ino) || st.st_size < known.known * setBytes) {
-      items_.erase(it);
+      Forget(number);
       it = items_.end();
     }
   }
@@ -99,8 +105,8 @@ SVWaveLevels::Item* SVWaveLevels::Lookup(const LSoundCacheItemHandle& handle, in
   return &it->second;
 }
 
-bool SVWaveLevels::ReadLevel0(const LSoundCacheItemHandle& handle, const Item& item, long long first,
-                              long long count, std::vector<LCutListGrfRecord>& out) {
+bool SVWaveLevels::ReadFile(const LSoundCacheItemHandle& handle, const Item& item, long long first, long long count,
+                            std::vector<LCutListGrfRecord>& out) {
   const auto channels = static_cast<std::size_t>(item.channels);
   out.assign(static_cast<std::size_t>(count) * channels, LCutListGrfRecord{});
   const long long available = std::min(count, item.known - first);
@@ -119,6 +125,51 @@ bool SVWaveLevels::ReadLevel0(const LSoundCacheItemHandle& handle, const Item& i
   return filled == available;
 }
 
+const SVWaveLevels::Page* SVWaveLevels::PageGet(const LSoundCacheItemHandle& handle, const Item& item, long long index,
+                                                long long needed) {
+  const unsigned short number = handle.Number();
+  auto it = std::find_if(pages_.begin(), pages_.end(),
+                         [&](const Page& page) { return page.item == number && page.index == index; });
+  if (it != pages_.end() && it->valid >= needed) {
+    it->lastUse = ++clock_;
+    return &*it;
+  }
+  if (it == pages_.end()) {
+    if (pages_.size() >= kPagesKept)
+      it = std::min_element(pages_.begin(), pages_.end(),
+                            [](const Page& a, const Page& b) { return a.lastUse < b.lastUse; });
+    else
+      it = pages_.emplace(pages_.end());
+  }
+  it->item = number;
+  it->index = index;
+  it->valid = std::clamp(item.known - index * kPageRecords, 0LL, kPageRecords);
+  it->lastUse = ++clock_;
+  if (!ReadFile(handle, item, index * kPageRecords, it->valid, it->records)) {
+    pages_.erase(it);
+    return nullptr;
+  }
+  return &*it;
+}
+
+bool SVWaveLevels::ReadLevel0(const LSoundCacheItemHandle& handle, const Item& item, long long first,
+                              long long count, std::vector<LCutListGrfRecord>& out) {
+  const int channels = item.channels;
+  out.assign(static_cast<std::size_t>(count * channels), LCutListGrfRecord{});
+  const long long end = std::min(first + count, item.known);
+  for (long long r = first; r < end;) {
+    const long long index = r / kPageRecords;
+    const long long pageEnd = std::min(end, (index + 1) * kPageRecords);
+    const Page* page = PageGet(handle, item, index, pageEnd - index * kPageRecords);
+    if (page == nullptr) return false;
+    std::copy(page->records.begin() + (r - index * kPageRecords) * channels,
+              page->records.begin() + (pageEnd - index * kPageRecords) * channels,
+              out.begin() + (r - first) * channels);
+    r = pageEnd;
+  }
+  return true;
+}
+
 bool SVWaveLevels::Extend(const LSoundCacheItemHandle& handle, Item& item, long long knownRecords) {
   item.known = std::max(item.known, knownRecords);
   const int channels = item.channels;
@@ -129,7 +180,7 @@ bool SVWaveLevels::Extend(const LSoundCacheItemHandle& handle, Item& item, long 
   while (item.Sets(1) < want1) {
     const long long first = item.Sets(1);
     const long long sets = std::min(want1 - first, kBuildChunk / kSVWaveLevelFactor);
-    if (!ReadLevel0(handle, item, first * kSVWaveLevelFactor, sets * kSVWaveLevelFactor, chunk)) {
+    if (!ReadFile(handle, item, first * kSVWaveLevelFactor, sets * kSVWaveLevelFactor, chunk)) {
       ok = false;
       break;
     }
@@ -155,7 +206,7 @@ bool SVWaveLevels::Extend(const LSoundCacheItemHandle& handle, Item& item, long 
   for (auto& tail : item.tails) tail.clear();
   const long long rest = item.known - item.Sets(1) * kSVWaveLevelFactor;
   if (rest > 0) {
-    if (!ReadLevel0(handle, item, item.Sets(1) * kSVWaveLevelFactor, rest, chunk)) return false;
+    if (!ReadFile(handle, item, item.Sets(1) * kSVWaveLevelFactor, rest, chunk)) return false;
     item.tails[0].assign(setSize, LCutListGrfRecord{});
     for (long long r = 0; r < rest; ++r) MergeInto(item.tails[0].data(), chunk.data() + r * channels, channels);
   }
@@ -210,6 +261,6 @@ void SVWaveLevels::Trim(unsigned short keep) {
       if (it->first != keep && (oldest == items_.end() || it->second.lastUse < oldest->second.lastUse)) oldest = it;
     if (oldest == items_.end()) break;
     for (const auto& level : oldest->second.levels) bytes -= level.size() * sizeof(LCutListGrfRecord);
-    items_.erase(oldest);
+    Forget(oldest->first);
   }
 }

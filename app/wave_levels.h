@@ -12,7 +12,8 @@
 // Items never change once written, so the levels of a number stay valid until
 // the number is reused: a finished item under it, or a different ".grf" file,
 // drops them. Memory is about 1/16 of the items' overview files, and items not
-// used for longest go first when the levels grow past their limit.
+// used for longest go first when the levels grow past their limit; besides,
+// the last 32 pages of 4096 level-0 records read are kept.
 //
 // Threads: any thread; one mutex guards everything.
 #include <cstddef>
@@ -48,6 +49,7 @@ public:
 
   // Forgets every item.
   void Clear();
+  // Memory of the coarse levels.
   [[nodiscard]] std::size_t MemoryBytes();
   // The in-memory limit; the default keeps about 100 hours of stereo.
   void MemoryLimitSet(std::size_t bytes);
@@ -72,7 +74,24 @@ private:
     }
   };
 
+  // Pages of an item's own records, kept so that many short segments over the
+  // same stretch of an item read its file once.
+  struct Page {
+    unsigned short item = 0;
+    long long index = 0;  // first record / kPageRecords
+    long long valid = 0;  // records read
+    std::vector<LCutListGrfRecord> records;
+    unsigned long long lastUse = 0;
+  };
+  static constexpr long long kPageRecords = 4096;
+  static constexpr std::size_t kPagesKept = 32;
+
   Item* Lookup(const LSoundCacheItemHandle& item, int channels);
+  void Forget(unsigned short number);
+  // Records [first, first + count) from the file, those past the known ones zero.
+  bool ReadFile(const LSoundCacheItemHandle& handle, const Item& item, long long first, long long count,
+                std::vector<LCutListGrfRecord>& out);
+  const Page* PageGet(const LSoundCacheItemHandle& handle, const Item& item, long long index, long long needed);
   // Grows the in-memory levels to cover every complete set of what is known.
   bool Extend(const LSoundCacheItemHandle& handle, Item& item, long long knownRecords);
   bool ReadLevel0(const LSoundCacheItemHandle& handle, const Item& item, long long first, long long count,
@@ -83,6 +102,7 @@ private:
 
   std::mutex mutex_;
   std::unordered_map<unsigned short, Item> items_;
+  std::vector<Page> pages_;
   unsigned long long pass_ = 1;
   unsigned long long clock_ = 0;
   std::size_t limit_ = std::size_t{64} << 20;
