@@ -4,9 +4,16 @@
 // cache's peak overview through the cut list and reads samples only at close
 // zoom. Positions are 64-bit frames from one origin; pixels are derived.
 //
-// The view edits nothing but the document's selection and cursor (what the
-// mouse does); every other change comes from the dispatcher, after which the
-// window calls DocumentChanged.
+// The view edits nothing but the document's selection, its cursor and which
+// channel is edited alone (what the mouse does); every other change comes from
+// the dispatcher, after which the window calls DocumentChanged.
+//
+// Mouse: a click sets the cursor and clears the selection (and edits all
+// channels again); a drag selects from where it started; Umschalt+click moves
+// the nearer end of the selection; a double-click selects everything;
+// Alt+click in a lane edits that channel alone, keeping the selection, and
+// Alt+drag selects in it. The wheel scrolls, Strg+wheel zooms around the
+// mouse, Strg+Umschalt+wheel zooms vertically.
 //
 // The waveform is painted in tiles of 256 columns, kept while scrolling and
 // dropped when the zoom, the height or the document's audio changes. What is
