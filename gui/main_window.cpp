@@ -98,6 +98,8 @@ SVMainWindow::SVMainWindow(QWidget* parent)
   dock->setAccessibleName("Verlauf");
   history_ = new QListWidget(dock);
   history_->setAccessibleName("Verlauf der Änderungen");
+  // Reached by its menu entry; it must not take the keys of the document when a tab closes.
+  history_->setFocusPolicy(Qt::ClickFocus);
   dock->setWidget(history_);
   addDockWidget(Qt::RightDockWidgetArea, dock);
   connect(history_, &QListWidget::itemActivated, this, &SVMainWindow::HistoryJump);
@@ -756,7 +758,11 @@ void SVMainWindow::TabsSync() {
     tabs_->addTab(view, QString());
     TabTitleUpdate(window);
   }
-  if (SVWaveView* current = ViewOf(m.CurrentFileWindow())) tabs_->setCurrentWidget(current);
+  SVWaveView* current = ViewOf(m.CurrentFileWindow());
+  if (current && current != tabs_->currentWidget()) {
+    tabs_->setCurrentWidget(current);
+    current->setFocus();
+  }
 }
 
 void SVMainWindow::TabTitleUpdate(SVFileGUI* window) {
@@ -775,6 +781,7 @@ void SVMainWindow::CurrentTabChanged(int) {
   if (view && view->Window()) {
     main_.Windows().CurrentFileWindowSet(view->Window());
     TabTitleUpdate(view->Window());
+    view->setFocus();
   } else {
     setWindowTitle("Sonvale");
   }
