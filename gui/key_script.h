@@ -27,4 +27,6 @@ private:
   QWidget* window_;
   QStringList lines_;
   QTimer* timer_;
+  bool trace_ = false;  // SONVALE_GUI_SCRIPT_TRACE: each key on standard error
+  int waited_ = 0;  // steps spent waiting for the target to become active
 };
