@@ -144,7 +144,13 @@ int main(int argc, char** argv) {
     return 0;
   }
   // A picture needs no display.
-  if (!options.screenshot.empty() && !std::getenv("QT_QPA_PLATFORM")) setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  if (!options.screenshot.empty()) {
+    if (!std::getenv("QT_QPA_PLATFORM")) setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    // The offscreen platform's notes about what it cannot do are no news for a picture.
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+      if (type == QtCriticalMsg || type == QtFatalMsg) std::fprintf(stderr, "%s\n", qPrintable(text));
+    });
+  }
   QApplication app(argc, argv);
   QApplication::setApplicationName("Sonvale");
   QApplication::setDesktopFileName("sonvale");

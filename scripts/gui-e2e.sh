@@ -19,7 +19,7 @@ work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
 # Settings and the sound cache of this run stay in its folder.
 export HOME="$work/home" XDG_CONFIG_HOME="$work/config" XDG_CACHE_HOME="$work/cache" XDG_DATA_HOME="$work/data"
-export XDG_RUNTIME_DIR="$work/run" SONVALE_AUDIO_BACKEND=null
+export XDG_RUNTIME_DIR="$work/run" SONVALE_AUDIO_BACKEND=null SONVALE_CACHE_DIR="$work/soundcache"
 mkdir -p "$HOME" "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
 sox -n -r 44100 -c 1 -b 16 "$work/tone.wav" synth 1 sine 440 vol 0.8
 
