@@ -120,6 +120,9 @@ SVMainWindow::SVMainWindow(QWidget* parent)
 
 SVMainWindow::~SVMainWindow() {
   frontEnd_.ListenerSet(nullptr);
+  // The widgets go after the members: what they signal then must not reach us.
+  tabs_->disconnect(this);
+  history_->disconnect(this);
   // The views must not paint documents the manager frees.
   for (int i = 0; i < tabs_->count(); ++i) {
     if (auto* view = qobject_cast<SVWaveView*>(tabs_->widget(i))) view->WindowSet(nullptr);

@@ -4,6 +4,7 @@
 #include <QClipboard>
 #include <QDropEvent>
 #include <QImage>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QMessageBox>
 #include <QMimeData>
@@ -147,6 +148,30 @@ TEST_F(MainWindowTest, EditsThroughKeysAndMenusUndoWithTheirTextsAndTheHistory) 
   EXPECT_FALSE(file->IsModified());
   EXPECT_EQ(window_->Tabs()->tabText(0), "a.wav");
   EXPECT_EQ(redo->text(), "Wiederholen Audio löschen");
+}
+
+TEST_F(MainWindowTest, ArgumentFormsReadValuesAsTheCommandDoesAndRefuseOthers) {
+  SVFile* file = Open(WriteTone("f.wav", 4000));
+  ASSERT_NE(file, nullptr);
+  // Types into the form that the entry opens, then presses Return.
+  auto fill = [](const QString& text) {
+    QTimer::singleShot(0, [text] {
+      QWidget* form = QApplication::activeModalWidget();
+      ASSERT_NE(form, nullptr);
+      auto* field = form->findChild<QLineEdit*>();
+      ASSERT_NE(field, nullptr);
+      EXPECT_EQ(field->accessibleName(), "DB");
+      QTest::keyClicks(field, text);
+      QTest::keyClick(field, Qt::Key_Return);
+    });
+  };
+  fill("laut");
+  AnswerNext("OK");
+  window_->CommandAction(kSVCmdAmplify)->trigger();
+  EXPECT_FALSE(file->IsModified()) << "a value the command cannot read runs nothing";
+  fill("-6,0");
+  window_->CommandAction(kSVCmdAmplify)->trigger();
+  EXPECT_EQ(window_->CommandAction(kSVCmdUndo)->text(), "Rückgängig Verstärken");
 }
 
 TEST_F(MainWindowTest, CancelInTheProgressDialogLeavesTheDocumentAsItWas) {
