@@ -133,8 +133,9 @@ TEST_F(MainWindowTest, EditsThroughKeysAndMenusUndoWithTheirTextsAndTheHistory) 
   Key(Qt::Key_A, Qt::ControlModifier);
   EXPECT_EQ(file->Selection().end, 18000);
   window_->CommandAction(kSVCmdTrim)->trigger();  // nothing outside the selection: still an entry
-  window_->EffectAction("gain")->trigger();
-  EXPECT_EQ(undo->text(), "Rückgängig Verstärkung");
+  ASSERT_NE(window_->EffectAction("echo", "Grand Canyon"), nullptr);
+  window_->EffectAction("echo", "Grand Canyon")->trigger();
+  EXPECT_EQ(undo->text(), "Rückgängig Echo");
   Key(Qt::Key_End);
   EXPECT_EQ(file->Cursor(), 18000);
 
@@ -142,7 +143,7 @@ TEST_F(MainWindowTest, EditsThroughKeysAndMenusUndoWithTheirTextsAndTheHistory) 
   QListWidget* history = window_->HistoryList();
   ASSERT_EQ(history->count(), 4);
   EXPECT_TRUE(history->item(0)->text().startsWith("Datei laden"));
-  EXPECT_TRUE(history->item(3)->text().startsWith("Verstärkung"));
+  EXPECT_TRUE(history->item(3)->text().startsWith("Echo"));
   QTest::mouseClick(history->viewport(), Qt::LeftButton, {}, history->visualItemRect(history->item(0)).center());
   EXPECT_EQ(file->CutList().GetLength(), 20000);
   EXPECT_FALSE(file->IsModified());
