@@ -156,6 +156,7 @@ void SVMainWindow::MenusBuild() {
     const char* group;
     QMenu* menu;
   };
+  menuBar()->setAccessibleName("Menüleiste");
   QMenu* file = menuBar()->addMenu("&Datei");
   QMenu* edit = menuBar()->addMenu("&Bearbeiten");
   QMenu* view = menuBar()->addMenu("&Ansicht");
