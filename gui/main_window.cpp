@@ -102,8 +102,14 @@ SVMainWindow::SVMainWindow(QWidget* parent)
   history_->setFocusPolicy(Qt::ClickFocus);
   dock->setWidget(history_);
   addDockWidget(Qt::RightDockWidgetArea, dock);
-  connect(history_, &QListWidget::itemActivated, this, &SVMainWindow::HistoryJump);
-  connect(history_, &QListWidget::itemClicked, this, &SVMainWindow::HistoryJump);
+  // The jump rebuilds the list, so it waits until the list's own handler has returned.
+  const auto jump = [this](QListWidgetItem* item) {
+    if (!item || historyUpdating_) return;
+    const unsigned long index = item->data(Qt::UserRole).toULongLong();
+    QTimer::singleShot(0, this, [this, index] { HistoryJump(index); });
+  };
+  connect(history_, &QListWidget::itemActivated, this, jump);
+  connect(history_, &QListWidget::itemClicked, this, jump);
 
   const char* statusNames[] = {"Format", "Länge", "Auswahl", "Cursor"};
   for (int i = 0; i < 4; ++i) {
@@ -622,10 +628,10 @@ void SVMainWindow::PlayToggle() {
   }
 }
 
-void SVMainWindow::HistoryJump(QListWidgetItem* item) {
+void SVMainWindow::HistoryJump(unsigned long index) {
   SVFileGUI* window = main_.Windows().CurrentFileWindow();
-  if (!item || !window || historyUpdating_ || frontEnd_.Busy()) return;
-  const int steps = SVDocumentCommands::UndoHistoryStepsTo(window->File(), item->data(Qt::UserRole).toULongLong());
+  if (!window || frontEnd_.Busy()) return;
+  const int steps = SVDocumentCommands::UndoHistoryStepsTo(window->File(), index);
   for (int n = 0; n < std::abs(steps); ++n) {
     if (commands_.Run(steps < 0 ? kSVCmdUndo : kSVCmdRedo).result != kLProcessSuccess) break;
   }

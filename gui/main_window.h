@@ -83,7 +83,8 @@ private:
   bool SaveCurrent();
   // Speichern / Verwerfen / Abbrechen for a modified window; false when the user stays.
   bool SaveQuestion(SVFileGUI* window);
-  void HistoryJump(QListWidgetItem* item);
+  // Undoes or redoes until the entry at ring index is the current one.
+  void HistoryJump(unsigned long index);
   void PlayToggle();
 
   // The tabs follow the window manager: views of closed windows go, new windows get one.

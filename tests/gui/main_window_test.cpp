@@ -145,7 +145,7 @@ TEST_F(MainWindowTest, EditsThroughKeysAndMenusUndoWithTheirTextsAndTheHistory) 
   EXPECT_TRUE(history->item(0)->text().startsWith("Datei laden"));
   EXPECT_TRUE(history->item(3)->text().startsWith("Echo"));
   QTest::mouseClick(history->viewport(), Qt::LeftButton, {}, history->visualItemRect(history->item(0)).center());
-  EXPECT_EQ(file->CutList().GetLength(), 20000);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return file->CutList().GetLength() == 20000; }));
   EXPECT_FALSE(file->IsModified());
   EXPECT_EQ(window_->Tabs()->tabText(0), "a.wav");
   EXPECT_EQ(redo->text(), "Wiederholen Audio löschen");
@@ -247,7 +247,7 @@ TEST_F(MainWindowTest, DroppedFilesOpenInTabs) {
   ASSERT_TRUE(enter.isAccepted());
   QDropEvent drop(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
   QApplication::sendEvent(window_.get(), &drop);
-  QTRY_COMPARE(window_->Tabs()->count(), 2);
+  ASSERT_TRUE(QTest::qWaitFor([this] { return window_->Tabs()->count() == 2; }));
   EXPECT_EQ(window_->Tabs()->tabText(1), "d2.wav");
   EXPECT_EQ(Current()->CutList().GetLength(), 2000);
 }
