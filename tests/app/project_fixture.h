@@ -13,7 +13,7 @@
 #include "app/project_save.h"
 #include "app/window_manager.h"
 #include "document_fixture.h"
-#include "support/temp_folder.h"
+#include "support/file_bytes.h"
 
 struct SdfNode {
   unsigned short id = 0;

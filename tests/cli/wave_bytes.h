@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "support/temp_folder.h"
+#include "support/file_bytes.h"
 
 // Sample i holds i (mod 30000), so any misplaced sample names itself.
 std::vector<std::int16_t> Staircase16(int samples);

@@ -10,6 +10,7 @@
 #include "engine/sound_cache.h"
 #include "engine/sound_cache_item_handle.h"
 #include "engine/sound_source.h"
+#include "support/file_bytes.h"
 #include "support/temp_folder.h"
 #include "support/vector_source.h"
 

@@ -11,7 +11,7 @@
 #include "base/byte_stream.h"
 #include "engine/sample_format.h"
 #include "engine/sound_source.h"
-#include "support/temp_folder.h"
+#include "support/file_bytes.h"
 
 using Bytes = std::vector<unsigned char>;
 
