@@ -161,6 +161,7 @@ protected:
   LFileTagDataAudio tags_;
 };
 
+// The broadcast and cart chunks are judged by sndfile-info, which shows every field of both.
 TEST_F(WavTagsOutsideTools, FfprobeShowsTheInfoTagsAndTheCuePointsAsChapters) {
   if (!HaveTool("ffprobe")) GTEST_SKIP() << "ffprobe is not installed";
   std::string out;
@@ -172,9 +173,6 @@ TEST_F(WavTagsOutsideTools, FfprobeShowsTheInfoTagsAndTheCuePointsAsChapters) {
         "format.tags.comment=\"Ein Kommentar\"", "format.tags.copyright=\"(c) 2024 Sonvale\"",
         "format.tags.date=\"2024-05-01\"", "format.tags.track=\"7\"", "format.tags.encoder=\"Sonvale 1.0\"",
         "format.tags.ISRC=\"Sonvale Studio\"", "format.tags.ISTR=\"Alle\"", "format.tags.ISBJ=\"Musik\"",
-        // The broadcast chunk, as FFmpeg names its fields.
-        "format.tags.originator_reference=\"REF-0001\"", "format.tags.time_reference=\"4418424085\"",
-        "format.tags.coding_history=\"A=PCM,F=44100,W=16,M=stereo\\r\\n\"",
         // Cue points in the order written, in sample frames.
         "chapters.chapter.0.time_base=\"1/44100\"", "chapters.chapter.0.start=66150",
         "chapters.chapter.1.start=22050"}) {
@@ -237,7 +235,7 @@ TEST_F(WavTagsOutsideTools, SndfileInfoShowsTheBroadcastAndCartFieldsAndTheCuePo
   EXPECT_EQ(LineValue(out, "Frames"), "88200");
 }
 
-TEST_F(WavTagsOutsideTools, ExiftoolShowsBextInfoAndTheId3Chunk) {
+TEST_F(WavTagsOutsideTools, ExiftoolShowsTheInfoListAndTheId3Chunk) {
   if (!HaveTool("exiftool")) GTEST_SKIP() << "exiftool is not installed";
   std::string out;
   ASSERT_TRUE(RunTool("exiftool -a -G1 -s " + Quoted(path_), &out));
@@ -246,10 +244,6 @@ TEST_F(WavTagsOutsideTools, ExiftoolShowsBextInfoAndTheId3Chunk) {
   EXPECT_EQ(LineValue(out, "[RIFF]          Artist "), "Chor");
   EXPECT_EQ(LineValue(out, "[RIFF]          Source "), "Sonvale Studio");
   EXPECT_EQ(LineValue(out, "[RIFF]          CodePage "), "65001");
-  EXPECT_EQ(LineValue(out, "[RIFF]          Description "), "Ein Kommentar");
-  EXPECT_EQ(LineValue(out, "[RIFF]          Originator "), "Sonvale");
-  EXPECT_EQ(LineValue(out, "[RIFF]          BWFVersion "), "2");
-  EXPECT_EQ(LineValue(out, "[RIFF]          TimeReference "), "4418424085");
   EXPECT_EQ(LineValue(out, "[ID3v2_4]       Title "), title);
   EXPECT_EQ(LineValue(out, "[ID3v2_4]       Album "), "Lieder");
   EXPECT_EQ(LineValue(out, "[ID3v2_4]       Comment "), "Ein Kommentar");
