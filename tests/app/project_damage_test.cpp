@@ -21,7 +21,7 @@ protected:
     a.AddBookmark("Marke", 3);
     const std::string inside = temp_.File("eigene");
     std::filesystem::create_directories(inside);
-    FileWrite(inside + "/n.txt", {1, 2, 3, 4, 5});
+    WriteFileBytes(inside + "/n.txt", std::vector<unsigned char>{1, 2, 3, 4, 5});
     a.ProjectState().embeddingFolder = inside;
     a.ProjectState().associatedFiles["n"].path = inside + "/n.txt";
     SVRegion region;

@@ -141,16 +141,6 @@ std::string SdfDump(const std::vector<unsigned char>& bytes) {
   return out.str();
 }
 
-std::vector<unsigned char> FileBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::vector<unsigned char>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-void FileWrite(const std::string& path, const std::vector<unsigned char>& bytes) {
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-}
-
 std::vector<unsigned char> PersistedList(unsigned int rate, unsigned char channels,
                                          const std::vector<PersistedSegment>& segments) {
   std::vector<unsigned char> out(10 + 22 * segments.size());

@@ -13,6 +13,7 @@
 #include "app/project_save.h"
 #include "app/window_manager.h"
 #include "document_fixture.h"
+#include "support/file_bytes.h"
 
 struct SdfNode {
   unsigned short id = 0;
@@ -41,8 +42,6 @@ struct SdfFile {
 // containers are masked, so two saves of the same project compare equal.
 [[nodiscard]] std::string SdfDump(const std::vector<unsigned char>& bytes);
 
-[[nodiscard]] std::vector<unsigned char> FileBytes(const std::string& path);
-void FileWrite(const std::string& path, const std::vector<unsigned char>& bytes);
 
 // The persisted form of a cut list, built by hand: {item, length, gain, offset} per segment.
 struct PersistedSegment {

@@ -253,7 +253,7 @@ TEST_F(ProjectLoadTest, SavingWhatWasLoadedWritesTheSameContent) {
   std::filesystem::create_directories(inside);
   std::vector<unsigned char> content(3 * 8192 + 77);
   for (std::size_t i = 0; i < content.size(); ++i) content[i] = static_cast<unsigned char>((i * 31) >> 3);
-  FileWrite(inside + "/bild.png", content);
+  WriteFileBytes(inside + "/bild.png", content);
   {
     LFileStream out(LFileOpen((inside + "/werte.sdf").c_str(), kLFileWrite | kLFileCreate | kLFileTruncate));
     LSDFWriter writer;
@@ -478,7 +478,7 @@ TEST_F(ProjectLoadTest, WhatIsNoProjectFailsWithAReason) {
   LSDFWriter writer;
   ASSERT_TRUE(writer.Open(chain, kSDFFileTypeEffectChain, kSDFDataVersionEffectChain));
   writer.Close();
-  FileWrite(temp_.File("kette.ecf"), chain.Bytes());
+  WriteFileBytes(temp_.File("kette.ecf"), chain.Bytes());
   LSVLoadProject other(loaded, temp_.File("kette.ecf").c_str());
   EXPECT_EQ(Process(process, other), kLProcessFailed);
   EXPECT_NE(process.Error().find("keine Projektdatei"), std::string::npos);

@@ -1,42 +1,21 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <cstdint>
-#include <cstring>
-#include <fstream>
 #include <sys/stat.h>
 
 #include "run_command.h"
 #include "support/temp_folder.h"
+#include "wave_bytes.h"
 
 namespace {
 
-// 16-bit stereo WAVE bytes of a ramp, made here so the tests need no fixture files.
-std::string RampWave(int frames) {
-  std::string data;
-  for (int f = 0; f < frames; ++f) {
-    for (int c = 0; c < 2; ++c) {
-      std::int16_t v = static_cast<std::int16_t>((f * 37 + c * 1000) % 60000 - 30000);
-      data.append(reinterpret_cast<const char*>(&v), 2);
-    }
-  }
-  auto u32 = [](std::uint32_t v) { return std::string(reinterpret_cast<const char*>(&v), 4); };
-  auto u16 = [](std::uint16_t v) { return std::string(reinterpret_cast<const char*>(&v), 2); };
-  std::string h = "RIFF" + u32(36 + data.size()) + "WAVEfmt " + u32(16) + u16(1) + u16(2) + u32(8000) +
-                  u32(32000) + u16(4) + u16(16) + "data" + u32(data.size());
-  return h + data;
-}
-
-void WriteFile(const std::string& path, const std::string& bytes) {
-  std::ofstream f(path, std::ios::binary);
-  f << bytes;
-}
+// 16-bit stereo WAVE bytes of a staircase.
+std::string RampWave(int frames) { return WaveBytes16(Staircase16(2 * frames), 2, 8000); }
 
 class ConvertCommand : public ::testing::Test {
 protected:
   void SetUp() override {
     in_ = tmp_.File("in.wav");
-    WriteFile(in_, RampWave(5001));
+    WriteFileBytes(in_, RampWave(5001));
   }
   TempFolder tmp_;
   std::string in_;
@@ -55,7 +34,7 @@ TEST_F(ConvertCommand, RawOutputAndInputRoundTrip) {
 
 TEST_F(ConvertCommand, BadInputGivesAGermanMessageAndLeavesTheTargetAsItWas) {
   std::string target = tmp_.File("target.wav");
-  WriteFile(target, "old contents");
+  WriteFileBytes(target, "old contents");
   struct Case {
     std::vector<std::string> args;
     const char* expected;
@@ -74,7 +53,7 @@ TEST_F(ConvertCommand, BadInputGivesAGermanMessageAndLeavesTheTargetAsItWas) {
     EXPECT_NE(r.err.find(c.expected), std::string::npos) << r.err;
     EXPECT_EQ(ReadFileBytes(target), "old contents");
   }
-  WriteFile(tmp_.File("damaged.wav"), RampWave(100).substr(0, 30));
+  WriteFileBytes(tmp_.File("damaged.wav"), RampWave(100).substr(0, 30));
   CommandResult damaged = RunSonvale({"convert", tmp_.File("damaged.wav"), target});
   EXPECT_EQ(damaged.status, 2);
   EXPECT_NE(damaged.err.find("beschädigt"), std::string::npos) << damaged.err;
@@ -93,7 +72,7 @@ TEST_F(ConvertCommand, AnUnwritableFolderFailsWithoutTouchingAnything) {
 TEST(InfoCommand, PrintsTheDurationAsHoursMinutesSecondsAndMilliseconds) {
   TempFolder tmp;
   std::string path = tmp.File("a.wav");
-  WriteFile(path, RampWave(12000));
+  WriteFileBytes(path, RampWave(12000));
   CommandResult r = RunSonvale({"info", path});
   ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_NE(r.out.find("0:00:01.500"), std::string::npos) << r.out;

@@ -21,18 +21,11 @@
 
 namespace {
 
-// A mono staircase: sample i holds i (mod 30000), so any misplaced frame names itself.
-std::vector<std::int16_t> Staircase(int frames) {
-  std::vector<std::int16_t> s(static_cast<size_t>(frames));
-  for (int i = 0; i < frames; ++i) s[static_cast<size_t>(i)] = static_cast<std::int16_t>(i % 30000);
-  return s;
-}
-
 class EditCommand : public ::testing::Test {
 protected:
   void SetUp() override {
     in_ = tmp_.File("in.wav");
-    WriteFileBytes(in_, WaveBytes16(Staircase(8000), 1, 8000));
+    WriteFileBytes(in_, WaveBytes16(Staircase16(8000), 1, 8000));
     env_ = {"SONVALE_CACHE_DIR=" + tmp_.File("cache"), "XDG_CONFIG_HOME=" + tmp_.File("config"),
             "XDG_DATA_HOME=" + tmp_.File("data"), "TMPDIR=" + tmp_.Path()};
   }
@@ -61,7 +54,7 @@ TEST_F(EditCommand, AShellSessionOnStandardInputRunsTheSameCommands) {
   std::string script = "open " + in_ + "\nselect 10f 20f\ndelete\nsave " + tmp_.File("shell.wav") + "\nstatus\nquit\n";
   CommandResult r = Edit({"shell"}, script);
   ASSERT_EQ(r.status, 0) << r.err;
-  std::vector<std::int16_t> m = Staircase(8000);
+  std::vector<std::int16_t> m = Staircase16(8000);
   m.erase(m.begin() + 10, m.begin() + 20);
   EXPECT_EQ(Saved("shell.wav"), m);
   EXPECT_NE(r.out.find("7990 Frames"), std::string::npos) << r.out;
@@ -126,7 +119,7 @@ TEST_F(EditCommand, InterruptingALongEffectLeavesTheTargetUntouched) {
 TEST_F(EditCommand, ABatchRunsEveryFileIndependentlyAndSumsUp) {
   const std::string out = tmp_.File("out");
   ASSERT_EQ(RunTool("mkdir '" + out + "'"), 0);
-  WriteFileBytes(tmp_.File("b.wav"), WaveBytes16(Staircase(100), 1, 8000));
+  WriteFileBytes(tmp_.File("b.wav"), WaveBytes16(Staircase16(100), 1, 8000));
   CommandResult r = Edit({"batch", "-j", "2", "-e", "select 0f 10f; delete", "--out", out, in_, tmp_.File("b.wav"),
                           tmp_.File("missing.wav")});
   EXPECT_EQ(r.status, 2);
@@ -141,8 +134,8 @@ TEST_F(EditCommand, ABatchRunsEveryFileIndependentlyAndSumsUp) {
   EXPECT_NE(ReadFileBytes(out + "/b.flac"), "");
   // Inputs of one name from two folders get two outputs, the same on every shard.
   ASSERT_EQ(RunTool("rm -f '" + out + "'/* && mkdir '" + tmp_.File("d1") + "' '" + tmp_.File("d2") + "'"), 0);
-  WriteFileBytes(tmp_.File("d1/take.wav"), WaveBytes16(Staircase(100), 1, 8000));
-  WriteFileBytes(tmp_.File("d2/take.wav"), WaveBytes16(Staircase(50), 1, 8000));
+  WriteFileBytes(tmp_.File("d1/take.wav"), WaveBytes16(Staircase16(100), 1, 8000));
+  WriteFileBytes(tmp_.File("d2/take.wav"), WaveBytes16(Staircase16(50), 1, 8000));
   r = Edit({"batch", "--shard", "2/2", "-e", "reverse", "--out", out, tmp_.File("d1/take.wav"), tmp_.File("d2/take.wav")});
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_NE(r.out.find("als take_2.wav gespeichert"), std::string::npos) << r.out;

@@ -3,6 +3,12 @@
 #include <cstring>
 #include <fstream>
 
+std::vector<std::int16_t> Staircase16(int samples) {
+  std::vector<std::int16_t> s(static_cast<std::size_t>(samples));
+  for (int i = 0; i < samples; ++i) s[static_cast<std::size_t>(i)] = static_cast<std::int16_t>(i % 30000);
+  return s;
+}
+
 std::string WaveBytes16(const std::vector<std::int16_t>& samples, int channels, int rate) {
   auto u32 = [](std::uint32_t v) { return std::string(reinterpret_cast<const char*>(&v), 4); };
   auto u16 = [](std::uint16_t v) { return std::string(reinterpret_cast<const char*>(&v), 2); };
@@ -30,7 +36,3 @@ std::vector<std::int16_t> WaveSamples16(const std::string& bytes) {
   return {};
 }
 
-void WriteFileBytes(const std::string& path, const std::string& bytes) {
-  std::ofstream f(path, std::ios::binary);
-  f << bytes;
-}

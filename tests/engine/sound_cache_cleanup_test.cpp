@@ -63,7 +63,7 @@ protected:
   void SetUp() override {
     SoundCacheTest::SetUp();
     original_ = temp_.File("original.wav");
-    WriteFile(original_, "the original");
+    WriteFileBytes(original_, "the original");
     LSoundCacheClockOverride([] { return kNow; });
   }
 
@@ -146,7 +146,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(SoundCacheTest, ItemsDeleteTakesItemsLastUsedAtOrBeforeTheCutoff) {
   std::string original = temp_.File("o.wav");
-  WriteFile(original, "o");
+  WriteFileBytes(original, "o");
   std::vector<unsigned short> items;
   for (long long when : {999LL, 1000LL, 1001LL}) {
     LSoundCacheItemHandle item = AddItem(MakeStaircase(10, 1));
@@ -165,7 +165,7 @@ TEST_F(SoundCacheTest, ItemsDeleteTakesItemsLastUsedAtOrBeforeTheCutoff) {
 TEST_F(SoundCacheTest, TheCleanUpRunsWhenTheApplicationStartsAndWhenAnItemIsAddedWithLittleSpaceLeft) {
   LSoundCache& cache = LSoundCache::Instance();
   const std::string original = temp_.File("o.wav");
-  WriteFile(original, "o");
+  WriteFileBytes(original, "o");
   // Unused copies of an untouched original, dated when they were made.
   auto keptItem = [&](long long made) {
     LSoundCacheClockOverride([made] { return made; });

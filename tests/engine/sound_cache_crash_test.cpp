@@ -49,7 +49,7 @@ TEST_F(SoundCacheTest, AnItemHalfWrittenByAKilledProcessGoesAtTheNextCleanUpAndC
   // A complete item in use, and a complete unused one kept as the copy of an original file.
   LSoundCacheItemHandle used = AddItem(MakeStaircase(3000, kChannels));
   const std::string original = temp_.File("original.wav");
-  WriteFile(original, "RIFF");
+  WriteFileBytes(original, "RIFF");
   LSoundCacheItemHandle keptHandle = AddItem(MakeStaircase(2000, kChannels));
   ASSERT_TRUE(LSoundCacheItemOriginalFileDetailsSet(keptHandle.Number(), original.c_str()));
   ASSERT_TRUE(LSoundCacheItemLastAccessTimeUpdate(keptHandle.Number()));

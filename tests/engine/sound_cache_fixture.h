@@ -10,6 +10,7 @@
 #include "engine/sound_cache.h"
 #include "engine/sound_cache_item_handle.h"
 #include "engine/sound_source.h"
+#include "support/file_bytes.h"
 #include "support/temp_folder.h"
 #include "support/vector_source.h"
 
@@ -37,8 +38,6 @@ protected:
 // Reads frames [from, from + frames) of a source in blocks of the given size.
 [[nodiscard]] std::vector<float> ReadBlocks(LSoundSource& source, long long from, long long frames, long long block);
 
-[[nodiscard]] std::vector<unsigned char> FileBytes(const std::string& path);
 // The 16-bit codes of an overview file, in file order.
 [[nodiscard]] std::vector<std::uint16_t> OverviewCodes(const std::string& path);
 [[nodiscard]] bool Exists(const std::string& path);
-void WriteFile(const std::string& path, const std::string& content);

@@ -33,8 +33,8 @@ constexpr const char* kAllExtensions[] = {kLSoundCacheExtAudio, kLSoundCacheExtO
 // Adds the two files that other layers keep beside an item.
 void AddSideFiles(const std::string& aud) {
   std::string stem = aud.substr(0, aud.size() - std::strlen(kLSoundCacheExtAudio));
-  WriteFile(stem + kLSoundCacheExtMP3Frames, "frames");
-  WriteFile(stem + kLSoundCacheExtSpectrum, "spectra");
+  WriteFileBytes(stem + kLSoundCacheExtMP3Frames, "frames");
+  WriteFileBytes(stem + kLSoundCacheExtSpectrum, "spectra");
 }
 
 int FilesOf(const std::string& aud) {
@@ -126,7 +126,7 @@ TEST_F(SoundCacheTest, TheLastReleaseDeletesAllFiveFilesUnlessPinned) {
 TEST_F(SoundCacheTest, ACopyOfAnUntouchedOriginalIsKeptAndFoundAgainUntilTheOriginalChanges) {
   LSoundCache& cache = LSoundCache::Instance();
   std::string original = temp_.File("song.wav");
-  WriteFile(original, "not really a song");
+  WriteFileBytes(original, "not really a song");
   LFileDetails details;
   ASSERT_TRUE(LFileDetailsGet(original.c_str(), &details));
 
@@ -175,7 +175,7 @@ TEST_F(SoundCacheTest, ACopyOfAnUntouchedOriginalIsKeptAndFoundAgainUntilTheOrig
   std::string aud2 = CachePath(n2, kLSoundCacheExtAudio);
   second.Reset();
   EXPECT_EQ(FilesOf(aud2), 3);
-  WriteFile(original, "a longer text than before");
+  WriteFileBytes(original, "a longer text than before");
   cache.IncRef(n2);
   cache.DecRef(n2);
   EXPECT_EQ(FilesOf(aud2), 0);
@@ -187,8 +187,8 @@ TEST_F(SoundCacheTest, ASameLookingFileElsewhereUnderTheSameNameOrRewrittenWithi
   fs::create_directories(temp_.File("b"));
   const std::string inA = temp_.File("a/x.wav");
   const std::string inB = temp_.File("b/x.wav");
-  WriteFile(inA, "the same bytes");
-  WriteFile(inB, "the same bytes");
+  WriteFileBytes(inA, "the same bytes");
+  WriteFileBytes(inB, "the same bytes");
   const auto when = fs::last_write_time(inA);
   fs::last_write_time(inB, when);
   const fs::path cwd = fs::current_path();
@@ -222,7 +222,7 @@ TEST_F(SoundCacheTest, AllocationTakesTheLowestNumberNeitherCountedNorOnDisk) {
   std::string folder = temp_.File("prefilled");
   ASSERT_TRUE(std::filesystem::create_directory(folder));
   for (const char* name : {"0.aud", "1.aud", "123abc.aud", "70000.aud", "2.grf", "notanumber.aud"})
-    WriteFile(folder + "/" + name, "x");
+    WriteFileBytes(folder + "/" + name, "x");
   cache.FolderSet(folder.c_str());
 
   EXPECT_EQ(cache.ItemNumberGetNextAvailable(), 2) << "a stray overview does not take a number";
@@ -232,7 +232,7 @@ TEST_F(SoundCacheTest, AllocationTakesTheLowestNumberNeitherCountedNorOnDisk) {
   EXPECT_EQ(cache.ItemNumberGetNextAvailable(), 2) << "asking does not allocate";
 
   // Files of the number appear after the scan: allocation passes over it.
-  WriteFile(folder + "/2.audinfo", "x");
+  WriteFileBytes(folder + "/2.audinfo", "x");
   unsigned short a = cache.ItemCreateNewAndIncRef();
   EXPECT_EQ(a, 3);
   EXPECT_EQ(cache.RefCountGet(a), 1);
@@ -255,7 +255,7 @@ TEST_F(SoundCacheTest, WhenEveryNumberIsTakenUnusedFilesAreClearedOnceForASecond
   LSoundCache& cache = LSoundCache::Instance();
   std::string folder = temp_.File("full");
   ASSERT_TRUE(std::filesystem::create_directory(folder));
-  WriteFile(folder + "/7.aud", "left over");
+  WriteFileBytes(folder + "/7.aud", "left over");
   cache.FolderSet(folder.c_str());
   for (unsigned n = 0; n <= kLSoundCacheItemLast; ++n) {
     if (n != 7) cache.IncRef(static_cast<unsigned short>(n));
@@ -289,8 +289,8 @@ TEST_F(SoundCacheTest, PathsComeFromTheFolderOrAnOverrideAndSilenceHasNone) {
   // Deleting an item removes the files wherever they are and ignores missing ones.
   std::string prefix = temp_.File("moved");
   cache.PathOverrideSet(40, prefix.c_str());
-  WriteFile(prefix + ".aud", "a");
-  WriteFile(prefix + ".fft", "f");
+  WriteFileBytes(prefix + ".aud", "a");
+  WriteFileBytes(prefix + ".fft", "f");
   cache.CacheItemDelete(40);
   EXPECT_FALSE(Exists(prefix + ".aud"));
   EXPECT_FALSE(Exists(prefix + ".fft"));

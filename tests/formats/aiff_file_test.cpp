@@ -211,15 +211,8 @@ TEST(AiffFile, WrittenFilesReadBackAndOutsideToolsAgree) {
     const double step = bits == 8 ? 1.0 / 127 : 1.0 / 32767;
     EXPECT_LE(MaxDifference(ReadWhole(s), sine), step) << bits;
 
-    if (bits == 8 || bits == 32) continue;  // the outside tools look at two widths
-    if (HaveTool("ffprobe")) {
-      auto probe = Probe(path);
-      EXPECT_EQ(probe["sample_rate"], "44100");
-      EXPECT_EQ(probe["channels"], "2");
-      EXPECT_EQ(probe["duration_ts"], std::to_string(frames));
-      EXPECT_EQ(probe["tag:title"], "Grüße");
-    }
-    if (HaveTool("soxi")) {
+    // sox looks at two widths; FFmpeg decodes what sox and FFmpeg write, below.
+    if ((bits == 16 || bits == 24) && HaveTool("soxi")) {
       std::string out;
       ASSERT_TRUE(RunTool("soxi -s " + ShellQuote(path), &out));
       EXPECT_EQ(std::stol(out), frames);

@@ -5,7 +5,6 @@
 #include <cstring>
 #include <fstream>
 #include <limits>
-#include <sstream>
 
 #include "engine/sample_format.h"
 #include "support/vector_source.h"
@@ -50,31 +49,6 @@ std::vector<float> FFmpegDecode(const std::string& path, int channels, int rate,
   }
   std::vector<float> out(bytes.size() / sizeof(float));
   std::memcpy(out.data(), bytes.data(), out.size() * sizeof(float));
-  return out;
-}
-
-std::map<std::string, std::string> Probe(const std::string& path) {
-  std::string text;
-  std::map<std::string, std::string> out;
-  if (!RunTool("ffprobe -v error -select_streams a:0 -show_entries "
-               "stream=sample_rate,channels,duration_ts,codec_name:stream_tags:format=duration,format_name:format_tags "
-               "-of default=noprint_wrappers=1 " +
-                   ShellQuote(path),
-               &text)) {
-    return out;
-  }
-  std::istringstream lines(text);
-  for (std::string line; std::getline(lines, line);) {
-    const size_t eq = line.find('=');
-    if (eq == std::string::npos) continue;
-    std::string key = line.substr(0, eq);
-    if (key.rfind("TAG:", 0) == 0) {
-      key = "tag:" + key.substr(4);
-      for (char& c : key) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
-    // The first value wins: the stream's fields come before the container's.
-    out.emplace(key, line.substr(eq + 1));
-  }
   return out;
 }
 

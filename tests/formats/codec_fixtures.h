@@ -1,8 +1,7 @@
 #pragma once
 // Helpers of the codec tests: sound files made by ffmpeg and sox, decoded by
-// ffmpeg as the judge, and looked at with ffprobe. The tools are outside
-// programs; tests skip when they are missing.
-#include <map>
+// ffmpeg as the judge. The tools are outside programs; tests skip when they
+// are missing.
 #include <string>
 #include <vector>
 
@@ -18,10 +17,6 @@ bool FFmpegHasEncoder(const char* name);
 // with sixteenBits as 16-bit values scaled as our 16-bit formats scale them.
 std::vector<float> FFmpegDecode(const std::string& path, int channels, int rate, const std::string& scratch,
                                 bool sixteenBits = false);
-// What ffprobe reports of the first audio stream and the container in one call:
-// "sample_rate", "channels", "duration_ts", "duration", "codec_name", "format_name"
-// and the tags as "tag:<key in lower case>" (stream tags where the container has none).
-std::map<std::string, std::string> Probe(const std::string& path);
 // The whole source from frame 0 in blocks of the given size.
 std::vector<float> ReadWhole(LSoundSource& source, long long block = 8192);
 // The largest difference between two runs of equal length (infinity when the lengths differ).

@@ -175,42 +175,30 @@ void ReadEverywhere(LSoundSource& source, const std::string& what) {
 
 }  // namespace
 
+// One deterministic case; the format dispatch's fuzz target feeds every demuxer and decoder damaged bytes.
 TEST(FFmpegSource, DamagedFilesReadAsFarAsTheyGoOrFailWithACode) {
   if (!HaveTool("ffmpeg")) GTEST_SKIP() << "ffmpeg is not installed";
   TempFolder folder;
-  struct Made {
-    const char* file;
-    const char* arguments;
-  };
-  const Made made[] = {{"d.mp3", "-c:a libmp3lame"}, {"d.flac", "-c:a flac"}, {"d.ogg", "-c:a libvorbis"},
-                       {"d.opus", "-c:a libopus"},   {"d.m4a", "-c:a aac"},   {"d.wma", "-c:a wmav2"}};
+  const std::string path = folder.File("d.mp3");
+  ASSERT_TRUE(FFmpegMake(StereoInput(44100) + " -t 2 -c:a libmp3lame " + ShellQuote(path)));
   const int descriptors = OpenDescriptorCount();
-  for (const Made& m : made) {
-    const std::string path = folder.File(m.file);
-    if (!FFmpegMake(StereoInput(44100) + " -t 2 " + m.arguments + " " + ShellQuote(path))) continue;
-    const Bytes whole = FileBytes(path);
-    ASSERT_GT(whole.size(), 1000u);
-    Bytes flipped = whole, holed = whole;
-    for (size_t i = 300; i < flipped.size(); i += 97) flipped[i] ^= 0xFF;
-    std::fill(holed.begin() + static_cast<long>(whole.size() / 3), holed.begin() + static_cast<long>(whole.size() / 2),
-              0);
-    const std::pair<const char*, Bytes> variants[] = {
-        {"half", Bytes(whole.begin(), whole.begin() + static_cast<long>(whole.size() / 2))},
-        {"head", Bytes(whole.begin(), whole.begin() + 200)},
-        {"flipped", flipped},
-        {"holed", holed},
-        {"headerless", Bytes(whole.begin() + 64, whole.end())}};
-    for (const auto& [name, bytes] : variants) {
-      const std::string what = std::string(m.file) + " " + name;
-      LSoundSource s = LFFmpegSource::Open(std::make_unique<LMemoryStream>(bytes), m.file);
-      if (s.IsError()) {
-        const unsigned char code = s.GetErrorCode();
-        EXPECT_TRUE(code == kLSourceDamaged || code == kLSourceUnsupported) << what << " " << int(code);
-        continue;
-      }
-      EXPECT_GT(s.GetSampleRate(), 0u) << what;
-      ReadEverywhere(s, what);
+  const Bytes whole = FileBytes(path);
+  ASSERT_GT(whole.size(), 1000u);
+  Bytes flipped = whole;
+  for (size_t i = 300; i < flipped.size(); i += 97) flipped[i] ^= 0xFF;
+  const std::pair<const char*, Bytes> variants[] = {
+      {"half", Bytes(whole.begin(), whole.begin() + static_cast<long>(whole.size() / 2))},
+      {"flipped", flipped},
+      {"headerless", Bytes(whole.begin() + 64, whole.end())}};
+  for (const auto& [name, bytes] : variants) {
+    LSoundSource s = LFFmpegSource::Open(std::make_unique<LMemoryStream>(bytes), "d.mp3");
+    if (s.IsError()) {
+      const unsigned char code = s.GetErrorCode();
+      EXPECT_TRUE(code == kLSourceDamaged || code == kLSourceUnsupported) << name << " " << int(code);
+      continue;
     }
+    EXPECT_GT(s.GetSampleRate(), 0u) << name;
+    ReadEverywhere(s, name);
   }
   EXPECT_EQ(OpenDescriptorCount(), descriptors);
 }

@@ -65,16 +65,6 @@ std::string FieldText(const Bytes& body, std::size_t offset, std::size_t width) 
 }
 
 
-std::vector<std::string> FolderNames(const std::string& path) {
-  std::vector<std::string> names;
-  if (DIR* dir = opendir(path.c_str())) {
-    while (dirent* entry = readdir(dir)) {
-      if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) names.push_back(entry->d_name);
-    }
-    closedir(dir);
-  }
-  return names;
-}
 
 
 }  // namespace tagtest

@@ -12,6 +12,7 @@ namespace tagtest {
 // The byte, chunk, file and tool helpers are the WAVE fixtures' own.
 using ::Chunk;
 using ::FileBytes;
+using ::FolderNames;
 using ::HaveTool;
 using ::PutLE16;
 using ::PutLE32;
@@ -46,8 +47,6 @@ std::vector<std::string> ChunkIds(const std::vector<ListedChunk>& chunks);
 // The text of a fixed-width field, cut at the first zero.
 std::string FieldText(const Bytes& body, std::size_t offset, std::size_t width);
 
-// The names in a folder, without "." and "..".
-std::vector<std::string> FolderNames(const std::string& path);
 
 
 }  // namespace tagtest

@@ -75,16 +75,6 @@ std::vector<float> ReadFrames(LSoundSource& source, long long frames, long long 
   return out;
 }
 
-Bytes FileBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-void WriteFileBytes(const std::string& path, const Bytes& bytes) {
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-}
-
 bool HaveTool(const char* name) { return RunTool(std::string("command -v ") + name + " >/dev/null 2>&1"); }
 
 bool RunTool(const std::string& command, std::string* output) {

@@ -11,6 +11,7 @@
 #include "base/byte_stream.h"
 #include "engine/sample_format.h"
 #include "engine/sound_source.h"
+#include "support/file_bytes.h"
 
 using Bytes = std::vector<unsigned char>;
 
@@ -46,9 +47,6 @@ std::vector<float> Quantised(const std::vector<float>& v) {
   ConvertSamplesIn<Tag>(back.data(), stored.data(), static_cast<long long>(v.size()));
   return back;
 }
-
-Bytes FileBytes(const std::string& path);
-void WriteFileBytes(const std::string& path, const Bytes& bytes);
 
 // True when the program is on the PATH.
 bool HaveTool(const char* name);
