@@ -7,7 +7,7 @@
 
 #include "base/child_process.h"
 #include "base/platform_file.h"
-#include "cli/command_line.h"
+#include "app/command_line.h"
 #include "cli/editor_session.h"
 #include "cli/terminal_progress.h"
 #include "formats/sound_file.h"

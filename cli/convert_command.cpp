@@ -6,7 +6,7 @@
 #include "base/safe_save.h"
 #include "cli/audio_io.h"
 #include "cli/command_args.h"
-#include "cli/command_line.h"
+#include "app/command_line.h"
 #include "cli/terminal_progress.h"
 
 int RunConvertCommand(const std::vector<std::string>& args) {

@@ -9,7 +9,7 @@
 #include "app/main_dialog.h"
 #include "app/system_clipboard.h"
 #include "cli/command_args.h"
-#include "cli/command_line.h"
+#include "app/command_line.h"
 #include "cli/terminal_front_end.h"
 
 class EditorSession {

@@ -6,7 +6,7 @@
 #include "cli/audio_io.h"
 #include "cli/command_args.h"
 #include "app/frame_time.h"
-#include "cli/command_line.h"
+#include "app/command_line.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 
 #include "app/file.h"
 #include "app/file_gui.h"
-#include "cli/command_line.h"
+#include "app/command_line.h"
 #include "gui/key_script.h"
 #include "gui/main_window.h"
 #include "gui/wave_view.h"

@@ -28,7 +28,7 @@
 #include "app/file.h"
 #include "app/file_gui.h"
 #include "app/frame_time.h"
-#include "cli/command_line.h"
+#include "app/command_line.h"
 #include "effects/sound_process_table.h"
 #include "formats/sound_file.h"
 #include "gui/wave_view.h"

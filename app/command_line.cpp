@@ -1,4 +1,4 @@
-#include "cli/command_line.h"
+#include "app/command_line.h"
 
 #include <algorithm>
 #include <cctype>
