@@ -25,6 +25,7 @@
 #include "app/ef_envelope.h"
 #include "app/ef_join_channels.h"
 #include "app/ef_normalize.h"
+#include "app/ef_process_effect.h"
 #include "app/ef_reverse.h"
 #include "app/ef_stereo_pan.h"
 #include "app/file_gui.h"
@@ -478,12 +479,9 @@ SVCommandResult SVCommandDispatcher::Effect(const SVCommandArgs& args) {
     if (LSoundProcessSetFromText(*effect, args.texts[i], &message) != LSPSettingTextResult::kOK) return Failed(message);
   }
   if (!effect->IsValid()) return Failed("Die Einstellungen des Effekts sind ungültig.");
-  LSoundProcessMulti chain;
-  chain.Append(std::unique_ptr<LSoundProcess>(effect->GetNewCopy()));
-  char name[kLPathMax] = {};
-  effect->GetName(name);
-  SVEfEffectChain edit(file.CutList(), file.Selection(), chain, name);
-  SVCommandResult result = EditRange(edit, edit.GetEffectName());
+  // The operation of the effect's kind, under its label ("Hochpass-Filter").
+  std::unique_ptr<SVEfProcessEffect> edit = SVEfForEffect(file.CutList(), file.Selection(), *effect);
+  SVCommandResult result = EditRange(*edit, edit->GetEffectName());
   if (result.result == kLProcessSuccess) applied_.Append(std::move(effect));
   return result;
 }
