@@ -26,6 +26,7 @@
 #include "app/ef_join_channels.h"
 #include "app/ef_normalize.h"
 #include "app/ef_process_effect.h"
+#include "app/effect_list.h"
 #include "app/ef_reverse.h"
 #include "app/ef_stereo_pan.h"
 #include "app/file_gui.h"
@@ -35,6 +36,7 @@
 #include "app/project_save.h"
 #include "base/safe_save.h"
 #include "effects/effect_chain_file.h"
+#include "effects/loudness_meter.h"
 #include "effects/sound_process_by_name.h"
 #include "effects/sound_process_setting_text.h"
 #include "effects/sound_process_unknown.h"
@@ -186,6 +188,10 @@ SVCommandResult SVCommandDispatcher::Dispatch(const SVCommandInfo& info, const S
     }
     case kSVCmdEffect:
       return Effect(args);
+    case kSVCmdEffectList:
+      return Done(SVEffectListText());
+    case kSVCmdLoudness:
+      return Loudness();
     case kSVCmdChain:
     case kSVCmdChainSave:
       return Chain(info.id, args);
@@ -438,10 +444,19 @@ SVCommandResult SVCommandDispatcher::Process(const SVCommandInfo& info, const SV
     case kSVCmdAmplify:
       edit = std::make_unique<SVEfAmplify>(list, sel, value);
       break;
-    case kSVCmdNormalize:
+    case kSVCmdNormalize: {
+      const std::string unit = args.texts.empty() ? "db" : LSoundProcessFoldName(args.texts[0]);
+      if (unit == "lufs") {
+        if (args.numbers.empty() || value < -70 || value > 0)
+          return Failed("Die Ziellautheit wird in LUFS von -70 bis 0 angegeben, zum Beispiel \"normalize -23 LUFS\".");
+        edit = std::make_unique<SVEfNormalize>(list, sel, value, SVNormalizeTarget::kLoudness);
+        break;
+      }
+      if (unit != "db" && unit != "dbfs") return Failed("Aufruf: normalize [DB] oder normalize ZIEL LUFS");
       if (value > 0) return Failed("Der Zielpegel wird in dB bis 0 angegeben.");
       edit = std::make_unique<SVEfNormalize>(list, sel, value);
       break;
+    }
     case kSVCmdFadeIn:
     case kSVCmdFadeOut:
       edit = std::make_unique<SVEfEnvelope>(list, sel,
@@ -665,6 +680,28 @@ SVCommandResult SVCommandDispatcher::Status() const {
   }
   if (s.HasBand()) Line(text, Format("Band:         %d Hz bis %d Hz", s.lowFrequency, s.highFrequency));
   Line(text, Format("Cursor:       %s (%lld)", SVFramesTimeText(file.Cursor(), rate).c_str(), file.Cursor()));
+  return Done(text);
+}
+
+SVCommandResult SVCommandDispatcher::Loudness() const {
+  const SVFile& file = *Window()->File();
+  const SVSelection& s = file.Selection();
+  LCutListAudio range = file.CutList();
+  const bool selected = !s.IsEmpty();
+  if (selected) range.EfTrim(s.start, s.end);
+  LLoudness loudness;
+  const char* title = "Lautheit messen";
+  SVCommandResult measured = Job(title, [&](LProcessInterface& p) {
+    LSoundSource source = s.OpenTrimmedSource(range);
+    const LProcessResult result = LLoudnessMeasure(p, source, loudness);
+    if (result == kLProcessFailed) p.SetError("Die Lautheit dieses Audios kann nicht gemessen werden.");
+    return result;
+  });
+  if (measured.result != kLProcessSuccess) return measured;
+  std::string text = selected ? "Lautheit der Auswahl:" : "Lautheit des Dokuments:";
+  Line(text, "  Integriert:       " + LLoudnessText(loudness.integratedLufs, "LUFS"));
+  Line(text, "  Lautheitsbereich: " + LLoudnessText(loudness.rangeLu, "LU"));
+  Line(text, "  True Peak:        " + LLoudnessText(loudness.truePeakDb, "dBTP"));
   return Done(text);
 }
 
