@@ -17,6 +17,7 @@
 #include "app/dc_offset_correction.h"
 #include "app/edit_commands.h"
 #include "app/ef_amplify.h"
+#include "app/ef_auto_gain_control.h"
 #include "app/ef_auto_trim.h"
 #include "app/ef_channel_invert.h"
 #include "app/ef_channel_swap.h"
@@ -171,6 +172,7 @@ SVCommandResult SVCommandDispatcher::Dispatch(const SVCommandInfo& info, const S
     case kSVCmdReverse:
     case kSVCmdAmplify:
     case kSVCmdNormalize:
+    case kSVCmdAutoGain:
     case kSVCmdFadeIn:
     case kSVCmdFadeOut:
     case kSVCmdDcOffset:
@@ -455,6 +457,14 @@ SVCommandResult SVCommandDispatcher::Process(const SVCommandInfo& info, const SV
       if (unit != "db" && unit != "dbfs") return Failed("Aufruf: normalize [DB] oder normalize ZIEL LUFS");
       if (value > 0) return Failed("Der Zielpegel wird in dB bis 0 angegeben.");
       edit = std::make_unique<SVEfNormalize>(list, sel, value);
+      break;
+    }
+    case kSVCmdAutoGain: {
+      SVAutoGainSettings settings;
+      if (!args.numbers.empty()) settings.targetLufs = value;
+      if (settings.targetLufs < -70 || settings.targetLufs > 0)
+        return Failed("Die Ziellautheit wird in LUFS von -70 bis 0 angegeben, zum Beispiel \"autogain -16\".");
+      edit = std::make_unique<SVEfAutoGainControl>(list, sel, settings);
       break;
     }
     case kSVCmdFadeIn:

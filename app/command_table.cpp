@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "app/edit_commands.h"
+#include "app/ef_auto_gain_control.h"
 #include "app/ef_convert_channels.h"
 #include "app/ef_insert_cut_list.h"
 #include "app/mark_commands.h"
@@ -58,6 +59,7 @@ const SVCommandInfo kTable[] = {
     {kSVCmdAmplify, "amplify", "Verstärken", kProcesses, C::kSelection, kDoc, {{A::kNumber, "DB"}}},
     {kSVCmdNormalize, "normalize", "Normalisieren", kProcesses, C::kSelection, kDoc,
      {{A::kNumber, "DB", true}, {A::kText, "LUFS", true}}},
+    {kSVCmdAutoGain, "autogain", kSVAutoGainControlLabel, kProcesses, C::kSelection, kDoc, {{A::kNumber, "LUFS", true}}},
     {kSVCmdFadeIn, "fadein", "Einblenden", kProcesses, C::kSelection, kDoc, {}},
     {kSVCmdFadeOut, "fadeout", "Ausblenden", kProcesses, C::kSelection, kDoc, {}},
     {kSVCmdDcOffset, "dcoffset", "Korrektur des Gleichspannungsversatzes", kProcesses, C::kSelection, kDoc, {}},

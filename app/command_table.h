@@ -57,6 +57,7 @@ enum SVCommandId : int {
   kSVCmdChainSave = 9514,
   kSVCmdChannels = 9515,
   kSVCmdEffectList = 9516,
+  kSVCmdAutoGain = 9517,
   kSVCmdBookmarkAdd = 9601,
   kSVCmdBookmarkDelete = 9602,
   kSVCmdBookmarks = 9603,
