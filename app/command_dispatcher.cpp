@@ -26,6 +26,7 @@
 #include "app/ef_envelope.h"
 #include "app/ef_join_channels.h"
 #include "app/ef_normalize.h"
+#include "app/ef_normalize_lossless.h"
 #include "app/ef_process_effect.h"
 #include "app/effect_list.h"
 #include "app/ef_reverse.h"
@@ -38,6 +39,7 @@
 #include "base/safe_save.h"
 #include "effects/effect_chain_file.h"
 #include "effects/loudness_meter.h"
+#include "formats/mp3_frame_gain.h"
 #include "effects/sound_process_by_name.h"
 #include "effects/sound_process_setting_text.h"
 #include "effects/sound_process_unknown.h"
@@ -190,6 +192,8 @@ SVCommandResult SVCommandDispatcher::Dispatch(const SVCommandInfo& info, const S
     }
     case kSVCmdEffect:
       return Effect(args);
+    case kSVCmdMp3Gain:
+      return LosslessGain(info, args);
     case kSVCmdEffectList:
       return Done(SVEffectListText());
     case kSVCmdLoudness:
@@ -691,6 +695,29 @@ SVCommandResult SVCommandDispatcher::Status() const {
   if (s.HasBand()) Line(text, Format("Band:         %d Hz bis %d Hz", s.lowFrequency, s.highFrequency));
   Line(text, Format("Cursor:       %s (%lld)", SVFramesTimeText(file.Cursor(), rate).c_str(), file.Cursor()));
   return Done(text);
+}
+
+SVCommandResult SVCommandDispatcher::LosslessGain(const SVCommandInfo& info, const SVCommandArgs& args) {
+  SVFileGUI* window = Window();
+  SVFile& file = *window->File();
+  const double db = args.numbers.at(0);
+  if (!*file.Path()) return Failed("Das Dokument hat keine MP3-Datei, deren Lautstärke sich ändern ließe.");
+  // The file itself changes: edits not in it yet would be silently left out.
+  if (file.IsModified())
+    return Failed(Format("\"%s\" ändert die Datei \"%s\" selbst; zuerst speichern oder die Änderungen verwerfen.",
+                         info.label, file.Path()));
+  if (!(std::fabs(db) <= 48)) return Failed("Die Änderung wird in dB von -48 bis 48 angegeben.");
+  SVEfNormalizeLossless edit(file.CutList(), file.Selection(), file.Path(), db);
+  if (edit.Steps() == 0) return Failed("Die Änderung ist kleiner als ein halber Schritt von 1,5 dB.");
+  SVCommandResult result =
+      EditResult(SVEditCommands::Run(window, edit, SVEditScope::kWhole, false, info.label), info.label);
+  if (result.result != kLProcessSuccess) return result;
+  // The document is what its file now holds.
+  file.SetFileClean();
+  (void)file.FileTimeModifiedUpdate();
+  result.message = Format("\"%s\" ist um %+.1f dB geändert (%d Schritte von 1,5 dB).", file.Path(),
+                          edit.Steps() * kLMP3GainStepDb, edit.Steps());
+  return result;
 }
 
 SVCommandResult SVCommandDispatcher::Loudness() const {

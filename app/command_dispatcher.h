@@ -86,6 +86,7 @@ private:
   SVCommandResult Files(int id, const SVCommandArgs& args);
   SVCommandResult Status() const;
   SVCommandResult Loudness() const;
+  SVCommandResult LosslessGain(const SVCommandInfo& info, const SVCommandArgs& args);
   SVCommandResult Play(const SVCommandArgs& args);
   SVCommandResult Record(const SVCommandArgs& args);
   // The backend, made at the first use; nullptr with the message when there is none.

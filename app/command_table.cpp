@@ -5,6 +5,7 @@
 
 #include "app/edit_commands.h"
 #include "app/ef_auto_gain_control.h"
+#include "app/ef_normalize_lossless.h"
 #include "app/ef_convert_channels.h"
 #include "app/ef_insert_cut_list.h"
 #include "app/mark_commands.h"
@@ -60,6 +61,7 @@ const SVCommandInfo kTable[] = {
     {kSVCmdNormalize, "normalize", "Normalisieren", kProcesses, C::kSelection, kDoc,
      {{A::kNumber, "DB", true}, {A::kText, "LUFS", true}}},
     {kSVCmdAutoGain, "autogain", kSVAutoGainControlLabel, kProcesses, C::kSelection, kDoc, {{A::kNumber, "LUFS", true}}},
+    {kSVCmdMp3Gain, "mp3gain", kSVNormalizeLosslessLabel, kProcesses, C::kDocument, kDoc, {{A::kNumber, "DB"}}},
     {kSVCmdFadeIn, "fadein", "Einblenden", kProcesses, C::kSelection, kDoc, {}},
     {kSVCmdFadeOut, "fadeout", "Ausblenden", kProcesses, C::kSelection, kDoc, {}},
     {kSVCmdDcOffset, "dcoffset", "Korrektur des Gleichspannungsversatzes", kProcesses, C::kSelection, kDoc, {}},

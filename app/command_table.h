@@ -58,6 +58,7 @@ enum SVCommandId : int {
   kSVCmdChannels = 9515,
   kSVCmdEffectList = 9516,
   kSVCmdAutoGain = 9517,
+  kSVCmdMp3Gain = 9518,
   kSVCmdBookmarkAdd = 9601,
   kSVCmdBookmarkDelete = 9602,
   kSVCmdBookmarks = 9603,
