@@ -53,17 +53,45 @@ LProcessResult Feed(LProcessInterface& process, LSoundSource& source, ebur128_st
 
 double Finite(double value) { return std::isfinite(value) ? value : kLLoudnessSilent; }
 
+// The spread of the short-term loudness: windows above -70 LUFS and above the
+// level 20 LU under their mean energy, from the 10th to the 95th percentile.
+double LoudnessRange(LArray<double> windows) {
+  constexpr double kAbsoluteGate = -70.0, kRelativeGate = 20.0;
+  std::erase_if(windows, [](double l) { return !(l > kAbsoluteGate); });
+  if (windows.empty()) return 0.0;
+  double energy = 0.0;
+  for (double l : windows) energy += std::pow(10.0, l / 10.0);
+  const double gate = 10.0 * std::log10(energy / static_cast<double>(windows.size())) - kRelativeGate;
+  std::erase_if(windows, [gate](double l) { return l < gate; });
+  if (windows.empty()) return 0.0;
+  std::sort(windows.begin(), windows.end());
+  // The percentile as the value of rank round(fraction * count), counted from 1.
+  const auto at = [&](double fraction) {
+    const long rank = std::lround(fraction * static_cast<double>(windows.size()));
+    return windows[static_cast<std::size_t>(std::max(1L, rank) - 1)];
+  };
+  return at(0.95) - at(0.10);
+}
+
 }  // namespace
 
 LProcessResult LLoudnessMeasure(LProcessInterface& process, LSoundSource& source, LLoudness& out) {
   out = LLoudness{};
-  State state = Open(source, EBUR128_MODE_I | EBUR128_MODE_LRA | EBUR128_MODE_TRUE_PEAK);
+  State state = Open(source, EBUR128_MODE_I | EBUR128_MODE_S | EBUR128_MODE_TRUE_PEAK);
   if (!state) return kLProcessFailed;
-  const LProcessResult result = Feed(process, source, state.get(), kBlockFrames, [](long long) {});
+  // The range from full 3 s windows every 100 ms, as broadcast meters take it;
+  // the library's own range takes one window a second and misses short changes.
+  const long long step = std::max<long long>(1, source.GetSampleRate() / 10);
+  const long long full = 3LL * source.GetSampleRate();
+  LArray<double> windows;
+  const LProcessResult result = Feed(process, source, state.get(), step, [&](long long fed) {
+    double value = kLLoudnessSilent;
+    if (fed >= full && ebur128_loudness_shortterm(state.get(), &value) == EBUR128_SUCCESS) windows.push_back(value);
+  });
   if (result != kLProcessSuccess) return result;
   double value = 0.0;
   if (ebur128_loudness_global(state.get(), &value) == EBUR128_SUCCESS) out.integratedLufs = Finite(value);
-  if (ebur128_loudness_range(state.get(), &value) == EBUR128_SUCCESS && std::isfinite(value)) out.rangeLu = value;
+  out.rangeLu = LoudnessRange(windows);
   double peak = 0.0;
   for (unsigned c = 0; c < source.GetChannels(); ++c) {
     if (ebur128_true_peak(state.get(), c, &value) == EBUR128_SUCCESS) peak = std::max(peak, value);

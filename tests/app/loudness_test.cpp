@@ -3,6 +3,7 @@
 // "loudness" command reports the selection's figures.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <numbers>
@@ -19,15 +20,16 @@ using LoudnessTest = EditTest;
 
 constexpr int kRate = 44100;
 
-// Stereo: 4 s of 1 kHz at -20 dBFS, then 5 s of 300 Hz and 3 kHz at -8 dBFS,
-// right a little softer, so range and true peak have something to show.
+// Stereo: 4 s of 1 kHz at -20 dBFS, then 300 Hz and 3 kHz at -8 dBFS for 11 s,
+// fading out over the last 5, right a little softer, so range and true peak
+// have something to show.
 std::vector<float> Program() {
   std::vector<float> s;
-  for (long long i = 0; i < 9LL * kRate; ++i) {
+  for (long long i = 0; i < 20LL * kRate; ++i) {
     const double t = static_cast<double>(i) / kRate;
     const double v = i < 4LL * kRate ? 0.1 * std::sin(2 * std::numbers::pi * 1000 * t)
-                                     : 0.2 * std::sin(2 * std::numbers::pi * 300 * t) +
-                                           0.2 * std::sin(2 * std::numbers::pi * 3000 * t + 0.3);
+                                     : std::min(1.0, (20 - t) / 5) * (0.2 * std::sin(2 * std::numbers::pi * 300 * t) +
+                                                                      0.2 * std::sin(2 * std::numbers::pi * 3000 * t + 0.3));
     s.push_back(static_cast<float>(v));
     s.push_back(static_cast<float>(0.7 * v));
   }
