@@ -174,6 +174,9 @@ LMP3GainStatus LMP3GainRewrite(LProcessInterface& process, LByteStream& in, LByt
       }
     }
     if (!frame) {
+      // The first frame starts the audio: a file that starts otherwise is not taken
+      // for MP3, so no other kind of file is ever searched for frames and changed.
+      if (first) return LMP3GainStatus::kNotMP3;
       if (!w.Pass(1)) return LMP3GainStatus::kWriteFailed;
       continue;
     }

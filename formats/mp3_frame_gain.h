@@ -5,8 +5,9 @@
 // number of steps to every granule changes the loudness without decoding and
 // encoding: no other bit of the frames changes, so their count and sizes stay.
 //
-// The rewrite copies the input to the output in blocks: tags and anything that
-// is not a frame pass as they are; the encoder's info frame (Xing/Info, which
+// The rewrite copies the input to the output in blocks. The first frame must
+// start the file or follow its ID3v2 tag at once; after it, tags and anything
+// that is not a frame pass as they are; the encoder's info frame (Xing/Info, which
 // carries its own checksum) is kept as it is; frames protected by a CRC get it
 // recomputed. A gain that would leave 0 to 255 is held at the bound and counted.
 #include "base/byte_stream.h"
@@ -18,7 +19,7 @@ inline constexpr double kLMP3GainStepDb = 1.5051499783199060;
 
 enum class LMP3GainStatus {
   kOK,
-  kNotMP3,       // no frame was found
+  kNotMP3,       // the file does not start with a frame
   kReadFailed,
   kWriteFailed,
   kCancelled,

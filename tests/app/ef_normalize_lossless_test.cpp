@@ -1,6 +1,7 @@
 // Lossless MP3 gain: the file's frames keep their count and sizes and decode
 // (by ffmpeg) to the same samples scaled by whole 1.5 dB steps; the document
-// follows its file; a cancelled or refused change leaves the file as it was.
+// follows its file; a cancelled or refused change leaves the file as it was,
+// and a file of another kind is never changed.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -59,9 +60,15 @@ TEST_F(EfNormalizeLosslessTest, ThreeDecibelsAreTwoGainStepsOfTheSameFrames) {
   ASSERT_EQ(commands.Run(kSVCmdAmplify, SVCommandArgs{{}, {1}, {}, {}}).result, kLProcessSuccess);
   EXPECT_EQ(commands.Run(kSVCmdMp3Gain, SVCommandArgs{{}, {3}, {}, {}}).result, kLProcessFailed);
   EXPECT_EQ(Bytes(mp3), original);
+  // A file of another kind is never searched for frames.
+  const std::string wave = WriteStaircaseWave("treppe.wav", 44100, 2), waveBytes = Bytes(wave);
+  ASSERT_EQ(commands.Run(kSVCmdOpen, SVCommandArgs{{}, {}, {wave}, {}}).result, kLProcessSuccess);
+  const SVCommandResult refused = commands.Run(kSVCmdMp3Gain, SVCommandArgs{{}, {3}, {}, {}});
+  EXPECT_NE(refused.message.find("keine MP3-Frames"), std::string::npos) << refused.message;
+  EXPECT_EQ(Bytes(wave), waveBytes);
   int files = 0;
   for (const auto& entry : std::filesystem::directory_iterator(temp_.Path())) files += entry.is_regular_file();
-  EXPECT_EQ(files, 1) << "no temporary file is left";
+  EXPECT_EQ(files, 2) << "no temporary file is left";
 
   ASSERT_EQ(commands.Run(kSVCmdOpen, SVCommandArgs{{}, {}, {mp3}, {}}).result, kLProcessSuccess);
   const std::vector<float> document = DocReadAll(Dialog().Windows().CurrentFileWindow()->File()->CutList());
