@@ -496,7 +496,15 @@ SVCommandResult SVCommandDispatcher::Process(const SVCommandInfo& info, const SV
       edit = std::make_unique<SVEfStereoPan>(list, sel, value);
       break;
   }
-  return EditRange(*edit, info.label);
+  SVCommandResult result = EditRange(*edit, info.label);
+  // Float keeps what lies above full scale, a file of whole numbers would not.
+  if (const auto* normalize = dynamic_cast<const SVEfNormalize*>(edit.get());
+      normalize && result.result == kLProcessSuccess && normalize->PeakAfterDb() > 0.0) {
+    result.warning = Format("Warnung: Der Spitzenpegel liegt jetzt bei %+.1f dBTP; in einem Format ohne Gleitkomma "
+                            "würde er übersteuern. Ein leiseres Ziel oder ein Kompressor vorher hilft.\n",
+                            normalize->PeakAfterDb());
+  }
+  return result;
 }
 
 SVCommandResult SVCommandDispatcher::Effect(const SVCommandArgs& args) {

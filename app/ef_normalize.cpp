@@ -14,6 +14,7 @@ LSoundSource SVEfNormalize::OpenSource(LProcessInterface& process, LSoundSource&
     if (LLoudnessMeasure(process, input, loudness) != kLProcessSuccess) return input;
     if (!std::isfinite(loudness.integratedLufs)) return input;
     factor = std::pow(10.0, (target_ - loudness.integratedLufs) / 20.0);
+    peakAfterDb_ = loudness.truePeakDb + target_ - loudness.integratedLufs;
   } else {
     LSourceLevels levels;
     if (LSourceLevelsMeasure(process, input, levels) != kLProcessSuccess) return input;

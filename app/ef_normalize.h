@@ -4,6 +4,8 @@
 // finds the peak of all channels together (so their balance stays), or their
 // loudness; the selection is then rendered with the one gain that takes it to
 // the target. Silence, and a selection too short for a loudness, is left as it is.
+#include <limits>
+
 #include "app/ef_sound_source_process.h"
 
 inline constexpr double kSVNormalizeDefaultDb = 0.0;
@@ -21,8 +23,12 @@ public:
 
   [[nodiscard]] const char* GetEffectName() const override { return "Normalisieren"; }
   [[nodiscard]] LSoundSource OpenSource(LProcessInterface& process, LSoundSource& input) override;
+  // After a loudness normalisation: the true peak the gain led to (dBTP), which
+  // may lie above full scale; -infinity otherwise.
+  [[nodiscard]] double PeakAfterDb() const { return peakAfterDb_; }
 
 private:
   double target_;
+  double peakAfterDb_ = -std::numeric_limits<double>::infinity();
   SVNormalizeTarget kind_;
 };

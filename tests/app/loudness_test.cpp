@@ -81,6 +81,10 @@ TEST_F(LoudnessTest, TheMeterAndLoudnessNormalisingAgreeWithFfmpeg) {
   ASSERT_EQ(commands.Run(kSVCmdNormalize, SVCommandArgs{{}, {-23}, {"LUFS"}, {}}).result, kLProcessSuccess);
   const Measured after = FfmpegLoudness(DocReadAll(window->File()->CutList()), temp_.File("after.raw"));
   EXPECT_NEAR(after.integrated, -23.0, 0.1);
+  // A target that lifts the peaks over full scale says so.
+  const SVCommandResult loud = commands.Run(kSVCmdNormalize, SVCommandArgs{{}, {-2}, {"LUFS"}, {}});
+  EXPECT_NE(loud.warning.find("übersteuern"), std::string::npos) << loud.message << loud.warning;
+  ASSERT_EQ(commands.Run(kSVCmdUndo).result, kLProcessSuccess);
   const SVCommandResult report = commands.Run(kSVCmdLoudness);
   EXPECT_NE(report.message.find("-23.0 LUFS"), std::string::npos) << report.message;
   // Out of the loudness scale, and units that are neither dB nor LUFS, are refused.
