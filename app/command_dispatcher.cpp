@@ -17,6 +17,7 @@
 #include "app/dc_offset_correction.h"
 #include "app/edit_commands.h"
 #include "app/ef_amplify.h"
+#include "app/ef_auto_gain_control.h"
 #include "app/ef_auto_trim.h"
 #include "app/ef_channel_invert.h"
 #include "app/ef_channel_swap.h"
@@ -25,6 +26,9 @@
 #include "app/ef_envelope.h"
 #include "app/ef_join_channels.h"
 #include "app/ef_normalize.h"
+#include "app/ef_normalize_lossless.h"
+#include "app/ef_process_effect.h"
+#include "app/effect_list.h"
 #include "app/ef_reverse.h"
 #include "app/ef_stereo_pan.h"
 #include "app/file_gui.h"
@@ -34,6 +38,8 @@
 #include "app/project_save.h"
 #include "base/safe_save.h"
 #include "effects/effect_chain_file.h"
+#include "effects/loudness_meter.h"
+#include "formats/mp3_frame_gain.h"
 #include "effects/sound_process_by_name.h"
 #include "effects/sound_process_setting_text.h"
 #include "effects/sound_process_unknown.h"
@@ -168,6 +174,7 @@ SVCommandResult SVCommandDispatcher::Dispatch(const SVCommandInfo& info, const S
     case kSVCmdReverse:
     case kSVCmdAmplify:
     case kSVCmdNormalize:
+    case kSVCmdAutoGain:
     case kSVCmdFadeIn:
     case kSVCmdFadeOut:
     case kSVCmdDcOffset:
@@ -185,6 +192,12 @@ SVCommandResult SVCommandDispatcher::Dispatch(const SVCommandInfo& info, const S
     }
     case kSVCmdEffect:
       return Effect(args);
+    case kSVCmdMp3Gain:
+      return LosslessGain(info, args);
+    case kSVCmdEffectList:
+      return Done(SVEffectListText());
+    case kSVCmdLoudness:
+      return Loudness();
     case kSVCmdChain:
     case kSVCmdChainSave:
       return Chain(info.id, args);
@@ -437,10 +450,27 @@ SVCommandResult SVCommandDispatcher::Process(const SVCommandInfo& info, const SV
     case kSVCmdAmplify:
       edit = std::make_unique<SVEfAmplify>(list, sel, value);
       break;
-    case kSVCmdNormalize:
+    case kSVCmdNormalize: {
+      const std::string unit = args.texts.empty() ? "db" : LSoundProcessFoldName(args.texts[0]);
+      if (unit == "lufs") {
+        if (args.numbers.empty() || value < -70 || value > 0)
+          return Failed("Die Ziellautheit wird in LUFS von -70 bis 0 angegeben, zum Beispiel \"normalize -23 LUFS\".");
+        edit = std::make_unique<SVEfNormalize>(list, sel, value, SVNormalizeTarget::kLoudness);
+        break;
+      }
+      if (unit != "db" && unit != "dbfs") return Failed("Aufruf: normalize [DB] oder normalize ZIEL LUFS");
       if (value > 0) return Failed("Der Zielpegel wird in dB bis 0 angegeben.");
       edit = std::make_unique<SVEfNormalize>(list, sel, value);
       break;
+    }
+    case kSVCmdAutoGain: {
+      SVAutoGainSettings settings;
+      if (!args.numbers.empty()) settings.targetLufs = value;
+      if (settings.targetLufs < -70 || settings.targetLufs > 0)
+        return Failed("Die Ziellautheit wird in LUFS von -70 bis 0 angegeben, zum Beispiel \"autogain -16\".");
+      edit = std::make_unique<SVEfAutoGainControl>(list, sel, settings);
+      break;
+    }
     case kSVCmdFadeIn:
     case kSVCmdFadeOut:
       edit = std::make_unique<SVEfEnvelope>(list, sel,
@@ -466,7 +496,15 @@ SVCommandResult SVCommandDispatcher::Process(const SVCommandInfo& info, const SV
       edit = std::make_unique<SVEfStereoPan>(list, sel, value);
       break;
   }
-  return EditRange(*edit, info.label);
+  SVCommandResult result = EditRange(*edit, info.label);
+  // Float keeps what lies above full scale, a file of whole numbers would not.
+  if (const auto* normalize = dynamic_cast<const SVEfNormalize*>(edit.get());
+      normalize && result.result == kLProcessSuccess && normalize->PeakAfterDb() > 0.0) {
+    result.warning = Format("Warnung: Der Spitzenpegel liegt jetzt bei %+.1f dBTP; in einem Format ohne Gleitkomma "
+                            "würde er übersteuern. Ein leiseres Ziel oder ein Kompressor vorher hilft.\n",
+                            normalize->PeakAfterDb());
+  }
+  return result;
 }
 
 SVCommandResult SVCommandDispatcher::Effect(const SVCommandArgs& args) {
@@ -478,12 +516,9 @@ SVCommandResult SVCommandDispatcher::Effect(const SVCommandArgs& args) {
     if (LSoundProcessSetFromText(*effect, args.texts[i], &message) != LSPSettingTextResult::kOK) return Failed(message);
   }
   if (!effect->IsValid()) return Failed("Die Einstellungen des Effekts sind ungültig.");
-  LSoundProcessMulti chain;
-  chain.Append(std::unique_ptr<LSoundProcess>(effect->GetNewCopy()));
-  char name[kLPathMax] = {};
-  effect->GetName(name);
-  SVEfEffectChain edit(file.CutList(), file.Selection(), chain, name);
-  SVCommandResult result = EditRange(edit, edit.GetEffectName());
+  // The operation of the effect's kind, under its label ("Hochpass-Filter").
+  std::unique_ptr<SVEfProcessEffect> edit = SVEfForEffect(file.CutList(), file.Selection(), *effect);
+  SVCommandResult result = EditRange(*edit, edit->GetEffectName());
   if (result.result == kLProcessSuccess) applied_.Append(std::move(effect));
   return result;
 }
@@ -667,6 +702,51 @@ SVCommandResult SVCommandDispatcher::Status() const {
   }
   if (s.HasBand()) Line(text, Format("Band:         %d Hz bis %d Hz", s.lowFrequency, s.highFrequency));
   Line(text, Format("Cursor:       %s (%lld)", SVFramesTimeText(file.Cursor(), rate).c_str(), file.Cursor()));
+  return Done(text);
+}
+
+SVCommandResult SVCommandDispatcher::LosslessGain(const SVCommandInfo& info, const SVCommandArgs& args) {
+  SVFileGUI* window = Window();
+  SVFile& file = *window->File();
+  const double db = args.numbers.at(0);
+  if (!*file.Path()) return Failed("Das Dokument hat keine MP3-Datei, deren Lautstärke sich ändern ließe.");
+  // The file itself changes: edits not in it yet would be silently left out.
+  if (file.IsModified())
+    return Failed(Format("\"%s\" ändert die Datei \"%s\" selbst; zuerst speichern oder die Änderungen verwerfen.",
+                         info.label, file.Path()));
+  if (!(std::fabs(db) <= 48)) return Failed("Die Änderung wird in dB von -48 bis 48 angegeben.");
+  SVEfNormalizeLossless edit(file.CutList(), file.Selection(), file.Path(), db);
+  if (edit.Steps() == 0) return Failed("Die Änderung ist kleiner als ein halber Schritt von 1,5 dB.");
+  SVCommandResult result =
+      EditResult(SVEditCommands::Run(window, edit, SVEditScope::kWhole, false, info.label), info.label);
+  if (result.result != kLProcessSuccess) return result;
+  // The document is what its file now holds.
+  file.SetFileClean();
+  (void)file.FileTimeModifiedUpdate();
+  result.message = Format("\"%s\" ist um %+.1f dB geändert (%d Schritte von 1,5 dB).", file.Path(),
+                          edit.Steps() * kLMP3GainStepDb, edit.Steps());
+  return result;
+}
+
+SVCommandResult SVCommandDispatcher::Loudness() const {
+  const SVFile& file = *Window()->File();
+  const SVSelection& s = file.Selection();
+  LCutListAudio range = file.CutList();
+  const bool selected = !s.IsEmpty();
+  if (selected) range.EfTrim(s.start, s.end);
+  LLoudness loudness;
+  const char* title = "Lautheit messen";
+  SVCommandResult measured = Job(title, [&](LProcessInterface& p) {
+    LSoundSource source = s.OpenTrimmedSource(range);
+    const LProcessResult result = LLoudnessMeasure(p, source, loudness);
+    if (result == kLProcessFailed) p.SetError("Die Lautheit dieses Audios kann nicht gemessen werden.");
+    return result;
+  });
+  if (measured.result != kLProcessSuccess) return measured;
+  std::string text = selected ? "Lautheit der Auswahl:" : "Lautheit des Dokuments:";
+  Line(text, "  Integriert:       " + LLoudnessText(loudness.integratedLufs, "LUFS"));
+  Line(text, "  Lautheitsbereich: " + LLoudnessText(loudness.rangeLu, "LU"));
+  Line(text, "  True Peak:        " + LLoudnessText(loudness.truePeakDb, "dBTP"));
   return Done(text);
 }
 

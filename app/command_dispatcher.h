@@ -85,6 +85,8 @@ private:
   SVCommandResult Marks(const SVCommandInfo& info, const SVCommandArgs& args);
   SVCommandResult Files(int id, const SVCommandArgs& args);
   SVCommandResult Status() const;
+  SVCommandResult Loudness() const;
+  SVCommandResult LosslessGain(const SVCommandInfo& info, const SVCommandArgs& args);
   SVCommandResult Play(const SVCommandArgs& args);
   SVCommandResult Record(const SVCommandArgs& args);
   // The backend, made at the first use; nullptr with the message when there is none.

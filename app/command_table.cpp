@@ -4,6 +4,8 @@
 #include <iterator>
 
 #include "app/edit_commands.h"
+#include "app/ef_auto_gain_control.h"
+#include "app/ef_normalize_lossless.h"
 #include "app/ef_convert_channels.h"
 #include "app/ef_insert_cut_list.h"
 #include "app/mark_commands.h"
@@ -56,7 +58,10 @@ const SVCommandInfo kTable[] = {
     {kSVCmdInsertFile, "insert", kSVInsertFileLabel, kEditing, C::kSelection, kDoc, {{A::kText, "PFAD"}}},
     {kSVCmdReverse, "reverse", "Umkehren", kProcesses, C::kSelection, kDoc, {}},
     {kSVCmdAmplify, "amplify", "Verstärken", kProcesses, C::kSelection, kDoc, {{A::kNumber, "DB"}}},
-    {kSVCmdNormalize, "normalize", "Normalisieren", kProcesses, C::kSelection, kDoc, {{A::kNumber, "DB", true}}},
+    {kSVCmdNormalize, "normalize", "Normalisieren", kProcesses, C::kSelection, kDoc,
+     {{A::kNumber, "DB", true}, {A::kText, "LUFS", true}}},
+    {kSVCmdAutoGain, "autogain", kSVAutoGainControlLabel, kProcesses, C::kSelection, kDoc, {{A::kNumber, "LUFS", true}}},
+    {kSVCmdMp3Gain, "mp3gain", kSVNormalizeLosslessLabel, kProcesses, C::kDocument, kDoc, {{A::kNumber, "DB"}}},
     {kSVCmdFadeIn, "fadein", "Einblenden", kProcesses, C::kSelection, kDoc, {}},
     {kSVCmdFadeOut, "fadeout", "Ausblenden", kProcesses, C::kSelection, kDoc, {}},
     {kSVCmdDcOffset, "dcoffset", "Korrektur des Gleichspannungsversatzes", kProcesses, C::kSelection, kDoc, {}},
@@ -68,6 +73,7 @@ const SVCommandInfo kTable[] = {
     {kSVCmdChannels, "channels", kSVConvertChannelsLabel, kProcesses, C::kDocument, kDoc, {{A::kNumber, "KANÄLE"}}},
     {kSVCmdEffect, "effect", "Effekt", kEffects, C::kSelection, kDoc,
      {{A::kText, "NAME"}, {A::kTexts, "PARAMETER=WERT", true}}},
+    {kSVCmdEffectList, "effect list|effects", "Effekte auflisten", kEffects, C::kNothing, 0, {}},
     {kSVCmdChain, "chain", "Effektkette", kEffects, C::kSelection, kDoc, {{A::kText, "DATEI.ecf"}}},
     {kSVCmdChainSave, "chain save", "Effektkette speichern", kEffects, C::kNothing, 0, {{A::kText, "DATEI.ecf"}}},
     {kSVCmdUndo, "undo", "Rückgängig", kHistory, C::kDocument, kDoc, {}},
@@ -93,6 +99,7 @@ const SVCommandInfo kTable[] = {
     {kSVCmdStop, "stop", "Wiedergabe anhalten", kPlayback, C::kNothing, 0, {}},
     {kSVCmdRecord, "record", "Aufnahme", kPlayback, C::kCursor, 0, {{A::kTime, "LÄNGE"}}},
     {kSVCmdStatus, "status", "Status", kOther, C::kDocument, kDoc, {}},
+    {kSVCmdLoudness, "loudness|lautheit", "Lautheit", kOther, C::kSelection, kDoc, {}},
     {kSVCmdHelp, "hilfe|help", "Hilfe", kOther, C::kNothing, 0, {}},
     {kSVCmdQuit, "quit|exit|beenden", "Beenden", kOther, C::kNothing, 0, {}},
 };

@@ -1,17 +1,22 @@
 #pragma once
-// SVEfEqualiser ("Entzerren"): the selection through the point-list equaliser,
-// its curve mapped at the audio's own sample rate.
-#include "app/ef_sound_source_process.h"
+// SVEfEqualiser ("Entzerren"): the selection through an equaliser: the
+// point-list equaliser of a curve, its points mapped at the audio's own sample
+// rate, or any equaliser effect of the table with its settings.
+#include "app/ef_process_effect.h"
 #include "effects/eq.h"
 #include "effects/point_list.h"
 
-class SVEfEqualiser final : public SVEfSoundSourceProcess {
+inline constexpr const char* kSVEqualiserLabel = "Entzerren";
+
+class SVEfEqualiser final : public SVEfProcessEffect {
 public:
   SVEfEqualiser(LCutListAudio& list, SVSelection& selection, const LPointList& points)
-      : SVEfSoundSourceProcess(list, selection), points_(points) {}
+      : SVEfProcessEffect(list, selection, nullptr, kSVEqualiserLabel), points_(points), curve_(true) {}
+  SVEfEqualiser(LCutListAudio& list, SVSelection& selection, const LSoundProcess& settings)
+      : SVEfProcessEffect(list, selection, settings, kSVEqualiserLabel) {}
 
-  [[nodiscard]] const char* GetEffectName() const override { return "Entzerren"; }
   [[nodiscard]] LSoundSource OpenSource(LSoundSource& input) override {
+    if (!curve_) return SVEfProcessEffect::OpenSource(input);
     LSPEq eq;
     points_.MapPointListToEq(eq, input.GetSampleRate());
     return eq.OpenSource(input);
@@ -19,4 +24,5 @@ public:
 
 private:
   LPointList points_;
+  bool curve_ = false;
 };

@@ -34,10 +34,26 @@ JOBS=${SONVALE_BENCH_JOBS:-2}
 # Peak memory that no Sonvale workload may exceed, whatever the length.
 MEMORY_LIMIT_MIB=64
 
-WORKLOADS=(open16 open24 reopen save16 echo echo_cold reverse reverse_cold mp3 flac)
+WORKLOADS=(open16 open24 reopen save16 echo echo_cold reverse reverse_cold mp3 flac
+  kompressor hochpass tiefpass parametrischereq normalize)
 # What the edit verb is told for the effect workloads.
 ECHO_COMMAND="effect echo Zunahme=30 Zeit=1000"
 REVERSE_COMMAND="select all; reverse"
+# The effects set beside sox's nearest effect: what the edit verb is told, and sox's effect.
+declare -A FX_COMMAND=(
+  [kompressor]="effect kompressor Schwelle=-20 Verhältnis=4 Angriff=10 Freigabe=100"
+  [hochpass]="effect hochpass Frequenz=1000 Ordnung=12"
+  [tiefpass]="effect tiefpass Frequenz=1000 Ordnung=12"
+  [parametrischereq]="effect parametrischereq Frequenz=1000 Verstärkung=6 Güte=1"
+  [normalize]="normalize -1"
+)
+declare -A FX_SOX=(
+  [kompressor]="compand 0.01,0.1 -90,-90,-20,-20,0,-15"
+  [hochpass]="highpass 1000"
+  [tiefpass]="lowpass 1000"
+  [parametrischereq]="equalizer 1000 1q 6"
+  [normalize]="gain -n -1"
+)
 
 die() { echo "run.sh: $*" >&2; exit 2; }
 have() { command -v "$1" > /dev/null 2>&1; }
@@ -99,6 +115,7 @@ inputs() {
       reverse*) need+="16 short " ;;
       mp3) need+="16 short mp3 " ;;
       flac) need+="16 short flac " ;;
+      kompressor | hochpass | tiefpass | parametrischereq | normalize) need+="16 short " ;;
       *) need+="16 " ;;
     esac
   done
@@ -318,6 +335,34 @@ wl_flac() {
   open_any flac "$r" "$INFLAC"
   timed flac ffmpeg "$r" ffmpeg -nostdin -loglevel error -y -i "$INFLAC" -f f32le "$(out flac ffmpeg)/out.raw"
 }
+
+# One of the effects over the short input of an open document, saved as float,
+# and sox's nearest effect over the same file, also to float.
+fx_workload() {
+  local workload=$1 r=$2 cache
+  if can_edit "${FX_COMMAND[$workload]}" float; then
+    cache=$(document_open "$workload" "$INS")
+    timed "$workload" sonvale "$r" env SONVALE_CACHE_DIR="$cache" "$SONVALE" edit "$INS" \
+      -e "${FX_COMMAND[$workload]}" -o "$(out "$workload" sonvale)/out.wav" --to float
+    rm -rf "$cache"
+    VIA[$workload]="sonvale edit on a file already in the cache: ${FX_COMMAND[$workload]}"
+  else
+    not_yet "$workload" sonvale "$r"
+  fi
+  # shellcheck disable=SC2086 # the effect's words
+  timed "$workload" sox "$r" sox "$INS" -e floating-point -b 32 "$(out "$workload" sox)/out.wav" ${FX_SOX[$workload]}
+}
+
+#: kompressor | compressor, ${SHORT_MINUTES} min open document, to float | sox 1.0
+wl_kompressor() { fx_workload kompressor "$1"; }
+#: hochpass | high-pass, ${SHORT_MINUTES} min open document, to float | sox 1.0
+wl_hochpass() { fx_workload hochpass "$1"; }
+#: tiefpass | low-pass, ${SHORT_MINUTES} min open document, to float | sox 1.0
+wl_tiefpass() { fx_workload tiefpass "$1"; }
+#: parametrischereq | bell EQ, ${SHORT_MINUTES} min open document, to float | sox 1.0
+wl_parametrischereq() { fx_workload parametrischereq "$1"; }
+#: normalize | normalise (2 passes), ${SHORT_MINUTES} min open doc, to float | sox 1.0
+wl_normalize() { fx_workload normalize "$1"; }
 
 # The "#:" line of a workload, with the lengths filled in.
 workload_line() {

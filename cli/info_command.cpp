@@ -1,5 +1,6 @@
 #include "cli/info_command.h"
 
+#include <cmath>
 #include <cstdio>
 #include <optional>
 
@@ -7,6 +8,7 @@
 #include "cli/command_args.h"
 #include "app/frame_time.h"
 #include "app/command_line.h"
+#include "effects/loudness_meter.h"
 
 namespace {
 
@@ -38,12 +40,21 @@ LArray<std::uint64_t> Markers(const LSoundFileInfo& info) {
 
 bool IsMarkerKey(const std::string& key) { return key.rfind("marker_", 0) == 0; }
 
+// A loudness figure for JSON: null where there is none (silence).
+std::string JsonNumber(double value) {
+  if (!std::isfinite(value)) return "null";
+  char text[32];
+  std::snprintf(text, sizeof text, "%.2f", value);
+  return text;
+}
+
 }  // namespace
 
 int RunInfoCommand(const std::vector<std::string>& args) {
   CommandOptions parsed;
-  if (!ParseOptions(args, "info", "--json --raw-in=", &parsed)) return kCommandFailed;
+  if (!ParseOptions(args, "info", "--json --loudness --raw-in=", &parsed)) return kCommandFailed;
   const bool json = parsed.Has("--json");
+  const bool wantLoudness = parsed.Has("--loudness");
   std::optional<LRawSettings> raw;
   if (parsed.Has("--raw-in")) {
     LRawSettings settings;
@@ -74,6 +85,15 @@ int RunInfoCommand(const std::vector<std::string>& args) {
     const std::uint32_t rate = source.GetSampleRate();
     const std::string format = raw ? "Rohdaten" : DescribeFormat(info);
     const LArray<std::uint64_t> markers = Markers(info);
+    LLoudness loudness;
+    if (wantLoudness) {
+      LProcessInterfaceQuiet quiet;
+      if (LLoudnessMeasure(quiet, source, loudness) != kLProcessSuccess) {
+        PrintError("Die Lautheit von \"" + path + "\" kann nicht gemessen werden.");
+        status = kCommandFailed;
+        continue;
+      }
+    }
     if (json) {
       std::printf("%s\n  {\"file\": %s, \"format\": %s, \"codec\": %s, \"sampleRate\": %u, \"channels\": %u, "
                   "\"frames\": %lld, \"duration\": %s, \"streaming\": %s, \"tags\": {",
@@ -88,7 +108,13 @@ int RunInfoCommand(const std::vector<std::string>& args) {
       }
       std::printf("}, \"markers\": [");
       for (std::size_t i = 0; i < markers.size(); ++i) std::printf("%s%llu", i ? ", " : "", static_cast<unsigned long long>(markers[i]));
-      std::printf("]}");
+      std::printf("]");
+      if (wantLoudness) {
+        std::printf(", \"loudness\": {\"integratedLufs\": %s, \"rangeLu\": %s, \"truePeakDbtp\": %s}",
+                    JsonNumber(loudness.integratedLufs).c_str(), JsonNumber(loudness.rangeLu).c_str(),
+                    JsonNumber(loudness.truePeakDb).c_str());
+      }
+      std::printf("}");
     } else {
       std::printf("%s%s\n", first ? "" : "\n", path.c_str());
       std::printf("  Format:       %s\n", format.c_str());
@@ -98,6 +124,11 @@ int RunInfoCommand(const std::vector<std::string>& args) {
       std::printf("  Dauer:        %s\n", SVFramesTimeText(frames, rate).c_str());
       for (const auto& tag : info.tags) {
         if (!IsMarkerKey(tag.key)) std::printf("  Tag:          %s = %s\n", tag.key.c_str(), tag.value.c_str());
+      }
+      if (wantLoudness) {
+        std::printf("  Lautheit:     %s\n", LLoudnessText(loudness.integratedLufs, "LUFS").c_str());
+        std::printf("  Bereich:      %s\n", LLoudnessText(loudness.rangeLu, "LU").c_str());
+        std::printf("  True Peak:    %s\n", LLoudnessText(loudness.truePeakDb, "dBTP").c_str());
       }
       for (std::uint64_t m : markers) {
         std::printf("  Marke:        %s (%llu)\n", SVFramesTimeText(static_cast<long long>(m), rate).c_str(),

@@ -1,5 +1,6 @@
 #pragma once
-// sonvale info [--json] [--raw-in R,C,CODE] FILE...
+// sonvale info [--json] [--loudness] [--raw-in R,C,CODE] FILE...
+// --loudness adds the integrated loudness, its range and the true peak.
 #include <string>
 #include <vector>
 

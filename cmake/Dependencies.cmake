@@ -25,6 +25,10 @@ pkg_check_modules(FFTW3F REQUIRED IMPORTED_TARGET fftw3f)
 list(APPEND SONVALE_EFFECT_LIBS PkgConfig::FFTW3F)
 add_compile_definitions(SONVALE_HAVE_FFTW=1)
 
+# Loudness (integrated, range, true peak) for normalising and reports.
+pkg_check_modules(EBUR128 REQUIRED IMPORTED_TARGET libebur128)
+list(APPEND SONVALE_EFFECT_LIBS PkgConfig::EBUR128)
+
 # Rate conversion sits in the engine.
 set(SONVALE_ENGINE_LIBS "")
 pkg_check_modules(SOXR IMPORTED_TARGET soxr)

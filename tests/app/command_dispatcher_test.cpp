@@ -83,6 +83,7 @@ TEST_F(CommandDispatcherTest, EveryCommandRunsUnderItsLabelAndNeedsWhatTheTableS
       {kSVCmdProjectSave, {Texts({temp_.File("p.svp")})}},
       {kSVCmdProjectOpen, {Texts({temp_.File("p.svp")})}},
       {kSVCmdRecord, {Times({100})}},
+      {kSVCmdMp3Gain, {Numbers({3}), [this] { ASSERT_EQ(Run(kSVCmdSaveAs, Texts({temp_.File("g.mp3")})).result, 0); }}},
   };
   for (const SVCommandInfo& info : SVCommandTable()) {
     SCOPED_TRACE(info.word);

@@ -77,6 +77,10 @@ TEST(InfoCommand, PrintsTheDurationAsHoursMinutesSecondsAndMilliseconds) {
   ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_NE(r.out.find("0:00:01.500"), std::string::npos) << r.out;
   EXPECT_NE(r.out.find("WAVE, PCM 16 Bit"), std::string::npos);
+  r = RunSonvale({"info", "--loudness", path});
+  EXPECT_NE(r.out.find("  Lautheit:     "), std::string::npos) << r.out;
+  r = RunSonvale({"info", "--json", "--loudness", path});
+  EXPECT_NE(r.out.find("\"loudness\": {\"integratedLufs\": "), std::string::npos) << r.out;
 }
 
 TEST_F(ConvertCommand, TheOutputKeepsTheInputsDepthAndATargetThatCannotHoldWhatIsAskedIsRefused) {

@@ -81,6 +81,7 @@ TEST_F(EditCommand, BadInputStopsWithAGermanMessageAndTouchesNoFile) {
       {{"edit", in_, "-e", "band 2000 1000", "-o", target}, "unter der unteren"},
       {{"edit", in_, "-e", "delete; reverse", "-o", target}, "zuerst einen Bereich"},
       {{"edit", in_, "-e", "effect echo Zunahme=150", "-o", target}, "zwischen 1 und 99 %"},
+      {{"edit", in_, "-e", "normalize -23 Volt", "-o", target}, "Aufruf: normalize"},
       {{"edit", in_, "-o", tmp_.File("no/such/folder/x.wav")}, "kann nicht geschrieben werden"},
       {{"edit", in_, "-e", "save " + target + " --to mp5"}, "Unbekanntes Format"},
   };

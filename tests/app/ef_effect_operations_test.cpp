@@ -1,0 +1,101 @@
+// The operations over the table's effects: each runs under its kind's label,
+// changes the sound as its effect does, keeps to a frequency band, and the
+// de-esser's operation follows whether the build has the effect.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <regex>
+#include <sstream>
+
+#include "app/command_dispatcher.h"
+#include "app/ef_deesser.h"
+#include "app/ef_low_pass_filter.h"
+#include "edit_fixture.h"
+#include "effects/gain.h"
+
+namespace {
+
+using EfEffectOperationsTest = EditTest;
+
+constexpr double kRate = 44100;
+constexpr long long kFrames = 44100;
+
+double Db(double ratio) { return 20 * std::log10(ratio); }
+
+TEST_F(EfEffectOperationsTest, AHighPassRunsAsHochpassFilterAndALowPassOnABandLeavesTheRest) {
+  const std::vector<float> tones = Tones({{100, 0.25}, {5000, 0.25}}, kFrames, kRate);
+  SVFileGUI* window = NewDocument(DocListOf(tones, 1));
+  SVCommandDispatcher commands(Dialog());
+  SVCommandArgs args;
+  // The German display name works as the word does.
+  args.texts = {"Hochpass", "Frequenz=1000", "Ordnung=24"};
+  ASSERT_EQ(commands.Run(kSVCmdEffect, args).result, kLProcessSuccess);
+  SVFile& file = *window->File();
+  EXPECT_STREQ(file.UndoEntry(file.UndoIndexCurrent()).description, "Hochpass-Filter");
+  std::vector<float> out = DocReadAll(file.CutList());
+  EXPECT_LT(Db(ToneAmplitude(out, 22050, 4410, 100, kRate) / 0.25), -60.0);
+  EXPECT_NEAR(Db(ToneAmplitude(out, 22050, 4410, 5000, kRate) / 0.25), 0.0, 0.5);
+
+  // Only the band 3 to 8 kHz goes through the low-pass: the 5 kHz tone goes, 100 Hz stays.
+  LCutListAudio list = DocListOf(tones, 1);
+  LSPLowPass lowPass;
+  lowPass.SetValue(0, 1000.0);
+  Apply<SVEfLowPassFilter>(list, {0, kFrames, 3000, 8000, 1}, "Tiefpass-Filter", lowPass);
+  out = DocReadAll(list);
+  EXPECT_LT(Db(ToneAmplitude(out, 22050, 4410, 5000, kRate) / 0.25), -20.0);
+  EXPECT_NEAR(Db(ToneAmplitude(out, 22050, 4410, 100, kRate) / 0.25), 0.0, 0.5);
+}
+
+TEST_F(EfEffectOperationsTest, TheListingNamesEveryEffectWithItsParametersAndPresets) {
+  SVCommandDispatcher commands(Dialog());
+  const std::string listing = commands.Run(kSVCmdEffectList).message;
+  for (const LSoundProcessTypeRow& row : LSoundProcessTypeRows()) {
+    if (!row.word || !row.make) continue;
+    const std::unique_ptr<LSoundProcess> effect = row.make();
+    const std::size_t at = listing.find(std::string("\n  ") + row.word + " (" + row.name + ")");
+    ASSERT_NE(at, std::string::npos) << row.word;
+    std::size_t next = at + 1;
+    while ((next = listing.find("\n  ", next)) != std::string::npos && listing.compare(next, 5, "\n    ") == 0) ++next;
+    const std::string entry = listing.substr(at, next == std::string::npos ? std::string::npos : next - at);
+    LSoundProcessParameter p;
+    for (int i = 0; i < effect->GetNumParameters(); ++i) {
+      effect->GetParameterByIndex(i, &p);
+      EXPECT_NE(entry.find(std::string("\n    ") + p.szName + " "), std::string::npos) << row.word << " " << p.szName;
+    }
+    char preset[kLPathMax] = {};
+    if (effect->GetNumPresets() > 0) effect->GetPresetsName(effect->GetNumPresets() - 1, preset);
+    EXPECT_NE(entry.find(std::string("\"") + preset + "\""), std::string::npos) << row.word;
+  }
+  // Every parameter line gives a range and a default.
+  std::istringstream lines(listing);
+  const std::regex parameter(R"(    \S.* -?[0-9.]+ bis -?[0-9.]+.*, Vorgabe -?[0-9.]+)");
+  for (std::string line; std::getline(lines, line);) {
+    if (line.rfind("    ", 0) == 0 && line.find("Vorlagen:") == std::string::npos) {
+      EXPECT_TRUE(std::regex_match(line, parameter)) << line;
+    }
+  }
+}
+
+TEST_F(EfEffectOperationsTest, TheDeesserRunsWhateverTheTableMakesForItsTypeAndFailsCleanWithoutIt) {
+  const std::vector<float> tone = Tones({{1000, 0.5}}, 8820, kRate);
+  LCutListAudio list = DocListOf(tone, 1);
+  SVSelection selection{0, 8820, 0, 0, 0};
+  {
+    SVEfDeesser deesser(list, selection);
+    EXPECT_STREQ(deesser.GetEffectName(), "De-Esser");
+    LProcessInterfaceQuiet process;
+    const LSoundProcessTypeRow* row = LSoundProcessTypeRowOf(kLSPTypeDeesser2);
+    if (row && row->make) {
+      EXPECT_EQ(deesser.ProcessAndInsertCutList(process), 0);
+    } else {
+      EXPECT_NE(deesser.ProcessAndInsertCutList(process), 0);
+      EXPECT_EQ(DocReadAll(list), tone);
+    }
+  }
+  // A stand-in for the settings: what it does is what the operation does.
+  list = DocListOf(tone, 1);
+  Apply<SVEfDeesser>(list, {0, 8820, 0, 0, 0}, "De-Esser", LSPGain(-6.0));
+  EXPECT_NEAR(Db(ToneAmplitude(DocReadAll(list), 0, 4410, 1000, kRate) / 0.5), -6.0, 0.01);
+}
+
+}  // namespace
