@@ -28,7 +28,6 @@
 #include "app/ef_normalize.h"
 #include "app/ef_normalize_lossless.h"
 #include "app/ef_process_effect.h"
-#include "app/effect_list.h"
 #include "app/ef_reverse.h"
 #include "app/ef_stereo_pan.h"
 #include "app/file_gui.h"
@@ -41,6 +40,7 @@
 #include "effects/loudness_meter.h"
 #include "formats/mp3_frame_gain.h"
 #include "effects/sound_process_by_name.h"
+#include "effects/sound_process_listing.h"
 #include "effects/sound_process_setting_text.h"
 #include "effects/sound_process_unknown.h"
 #include "effects/tone_generator.h"
@@ -195,7 +195,7 @@ SVCommandResult SVCommandDispatcher::Dispatch(const SVCommandInfo& info, const S
     case kSVCmdMp3Gain:
       return LosslessGain(info, args);
     case kSVCmdEffectList:
-      return Done(SVEffectListText());
+      return Done("Effekte (effect NAME [PARAMETER=WERT ...] [preset=NAME]):\n" + LSoundProcessListing());
     case kSVCmdLoudness:
       return Loudness();
     case kSVCmdChain:

@@ -4,14 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <regex>
-#include <sstream>
 
 #include "app/command_dispatcher.h"
 #include "app/ef_deesser.h"
 #include "app/ef_low_pass_filter.h"
 #include "edit_fixture.h"
 #include "effects/gain.h"
+#include "effects/sound_process_listing.h"
 
 namespace {
 
@@ -46,34 +45,11 @@ TEST_F(EfEffectOperationsTest, AHighPassRunsAsHochpassFilterAndALowPassOnABandLe
   EXPECT_NEAR(Db(ToneAmplitude(out, 22050, 4410, 100, kRate) / 0.25), 0.0, 0.5);
 }
 
-TEST_F(EfEffectOperationsTest, TheListingNamesEveryEffectWithItsParametersAndPresets) {
+TEST_F(EfEffectOperationsTest, EffectListAnswersTheListingOfTheEffects) {
   SVCommandDispatcher commands(Dialog());
-  const std::string listing = commands.Run(kSVCmdEffectList).message;
-  for (const LSoundProcessTypeRow& row : LSoundProcessTypeRows()) {
-    if (!row.word || !row.make) continue;
-    const std::unique_ptr<LSoundProcess> effect = row.make();
-    const std::size_t at = listing.find(std::string("\n  ") + row.word + " (" + row.name + ")");
-    ASSERT_NE(at, std::string::npos) << row.word;
-    std::size_t next = at + 1;
-    while ((next = listing.find("\n  ", next)) != std::string::npos && listing.compare(next, 5, "\n    ") == 0) ++next;
-    const std::string entry = listing.substr(at, next == std::string::npos ? std::string::npos : next - at);
-    LSoundProcessParameter p;
-    for (int i = 0; i < effect->GetNumParameters(); ++i) {
-      effect->GetParameterByIndex(i, &p);
-      EXPECT_NE(entry.find(std::string("\n    ") + p.szName + " "), std::string::npos) << row.word << " " << p.szName;
-    }
-    char preset[kLPathMax] = {};
-    if (effect->GetNumPresets() > 0) effect->GetPresetsName(effect->GetNumPresets() - 1, preset);
-    EXPECT_NE(entry.find(std::string("\"") + preset + "\""), std::string::npos) << row.word;
-  }
-  // Every parameter line gives a range and a default.
-  std::istringstream lines(listing);
-  const std::regex parameter(R"(    \S.* -?[0-9.]+ bis -?[0-9.]+.*, Vorgabe -?[0-9.]+)");
-  for (std::string line; std::getline(lines, line);) {
-    if (line.rfind("    ", 0) == 0 && line.find("Vorlagen:") == std::string::npos) {
-      EXPECT_TRUE(std::regex_match(line, parameter)) << line;
-    }
-  }
+  const SVCommandResult listed = commands.Run(kSVCmdEffectList);
+  EXPECT_EQ(listed.result, kLProcessSuccess);
+  EXPECT_NE(listed.message.find(LSoundProcessListing()), std::string::npos);
 }
 
 TEST_F(EfEffectOperationsTest, TheDeesserRunsWhateverTheTableMakesForItsTypeAndFailsCleanWithoutIt) {
