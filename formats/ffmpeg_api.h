@@ -51,8 +51,6 @@ struct LFFmpegApi {
 
   // True when every library and function is there; the first call loads.
   [[nodiscard]] static bool Load();
-  // Why Load answered false (names the library or function), else empty.
-  [[nodiscard]] static const char* Error();
 
   static const LFFmpegApi* loaded;
 };

@@ -8,39 +8,25 @@
 
 namespace {
 
-struct Library {
-  LSharedLibrary lame;
-  LLameApi api;
-  std::string error;
-};
-
-// Stays loaded to the end of the process, as encoders may be open anywhere.
-Library* gLibrary = nullptr;
-std::once_flag gOnce;
+// Kept to the end of the process: encoders may be open anywhere.
+LSharedLibrary* gLibrary = nullptr;
+LLameApi gApi;
 
 }  // namespace
 
 const LLameApi* LLameApi::loaded = nullptr;
 
 bool LLameApi::Load() {
-  std::call_once(gOnce, [] {
-    gLibrary = new Library;
-    bool ok = gLibrary->lame.Load(SONVALE_LAME_SONAME, "libmp3lame.so");
-#define SONVALE_LAME_BIND(name) ok = ok && gLibrary->lame.Bind(gLibrary->api.name, #name);
+  static std::once_flag once;
+  std::call_once(once, [] {
+    gLibrary = new LSharedLibrary;
+    bool ok = gLibrary->Load(SONVALE_LAME_SONAME, "libmp3lame.so");
+#define SONVALE_LAME_BIND(name) ok = ok && gLibrary->Bind(gApi.name, #name);
     SONVALE_LAME_FUNCTIONS(SONVALE_LAME_BIND)
 #undef SONVALE_LAME_BIND
-    if (ok) {
-      loaded = &gLibrary->api;
-    } else {
-      gLibrary->error = gLibrary->lame.Error();
-    }
+    if (ok) loaded = &gApi;
   });
   return loaded != nullptr;
-}
-
-const char* LLameApi::Error() {
-  (void)Load();
-  return gLibrary->error.c_str();
 }
 
 #endif

@@ -19,8 +19,6 @@ struct LLameApi {
 
   // True when the library and every function are there; the first call loads.
   [[nodiscard]] static bool Load();
-  // Why Load answered false (names the library or function), else empty.
-  [[nodiscard]] static const char* Error();
 
   static const LLameApi* loaded;
 };
