@@ -116,8 +116,9 @@ public:
     if (shape.sampleRate < 1000 || shape.channels < 1 || shape.bufferFrames == 0) return LAudioStatus::kFormatRefused;
     const std::string name = shape.device.empty() ? "default" : shape.device;
     snd_pcm_t* pcm = nullptr;
-    const int opened = Snd().snd_pcm_open(&pcm, name.c_str(),
-                                    direction == LAudioDirection::kOutput ? SND_PCM_STREAM_PLAYBACK : SND_PCM_STREAM_CAPTURE, 0);
+    const snd_pcm_stream_t way =
+        direction == LAudioDirection::kOutput ? SND_PCM_STREAM_PLAYBACK : SND_PCM_STREAM_CAPTURE;
+    const int opened = Snd().snd_pcm_open(&pcm, name.c_str(), way, 0);
     if (opened < 0) return opened == -ENOENT || opened == -ENODEV || opened == -EINVAL ? LAudioStatus::kNoDevice : LAudioStatus::kFailed;
     snd_pcm_hw_params_t* hw = nullptr;
     Snd().snd_pcm_hw_params_malloc(&hw);

@@ -185,7 +185,10 @@ bool PulseBackend::Watch(std::function<void(const LAudioDeviceEvent&)> watcher) 
   const auto mask = watcher_ ? static_cast<pa_subscription_mask_t>(PA_SUBSCRIPTION_MASK_SINK | PA_SUBSCRIPTION_MASK_SOURCE)
                              : PA_SUBSCRIPTION_MASK_NULL;
   pa_operation* op = Pa().pa_context_subscribe(
-      context_, mask, [](pa_context*, int, void* self) { Pa().pa_threaded_mainloop_signal(static_cast<PulseBackend*>(self)->Loop(), 0); },
+      context_, mask,
+      [](pa_context*, int, void* self) {
+        Pa().pa_threaded_mainloop_signal(static_cast<PulseBackend*>(self)->Loop(), 0);
+      },
       this);
   const bool ok = op != nullptr;
   Await(op);
@@ -226,8 +229,8 @@ LAudioStatus PulseStream::Start() {
   ss.channels = static_cast<std::uint8_t>(spec_.channels);
   pa_threaded_mainloop* loop = backend_->Loop();
   Pa().pa_threaded_mainloop_lock(loop);
-  stream_ = Pa().pa_stream_new(backend_->Context(), direction_ == LAudioDirection::kOutput ? "Wiedergabe" : "Aufnahme", &ss,
-                          nullptr);
+  stream_ = Pa().pa_stream_new(backend_->Context(),
+                               direction_ == LAudioDirection::kOutput ? "Wiedergabe" : "Aufnahme", &ss, nullptr);
   if (!stream_) {
     Pa().pa_threaded_mainloop_unlock(loop);
     return LAudioStatus::kFormatRefused;
@@ -248,7 +251,8 @@ LAudioStatus PulseStream::Start() {
   if (direction_ == LAudioDirection::kOutput) {
     Pa().pa_stream_set_write_callback(stream_, Writable, this);
     Pa().pa_stream_set_underflow_callback(stream_, Underflow, this);
-    result = Pa().pa_stream_connect_playback(stream_, device, &attr, static_cast<pa_stream_flags_t>(flags), nullptr, nullptr);
+    result = Pa().pa_stream_connect_playback(stream_, device, &attr, static_cast<pa_stream_flags_t>(flags), nullptr,
+                                             nullptr);
   } else {
     Pa().pa_stream_set_read_callback(stream_, Readable, this);
     Pa().pa_stream_set_overflow_callback(stream_, Underflow, this);

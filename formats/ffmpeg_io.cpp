@@ -51,7 +51,7 @@ LFFmpegIO::LFFmpegIO(LByteStream* stream, bool write) {
   auto* buffer = static_cast<unsigned char*>(Av().av_malloc(kBufferBytes));
   if (!buffer) return;
   context_ = Av().avio_alloc_context(buffer, kBufferBytes, write ? 1 : 0, stream, write ? nullptr : &ReadPacket,
-                                write ? &WritePacket : nullptr, &SeekStream);
+                                     write ? &WritePacket : nullptr, &SeekStream);
   if (!context_) Av().av_free(buffer);
 }
 

@@ -86,7 +86,8 @@ struct LFFmpegSource::Decoder {
 
   [[nodiscard]] unsigned char Open(std::unique_ptr<LByteStream> byteStream, const char* hint, LSoundFileInfo* info);
   // The container and decoder only.
-  [[nodiscard]] unsigned char Describe(std::unique_ptr<LByteStream> byteStream, const char* hint, LSoundFileInfo* info) {
+  [[nodiscard]] unsigned char Describe(std::unique_ptr<LByteStream> byteStream, const char* hint,
+                                       LSoundFileInfo* info) {
     QuietLogs();
     stream_ = std::move(byteStream);
     hint_ = hint ? hint : "";
@@ -280,7 +281,8 @@ unsigned char LFFmpegSource::Decoder::OpenInput(LSoundFileInfo* info) {
       LSoundFileChapter marker;
       marker.start = Av().av_rescale_q(c->start, c->time_base, AVRational{1, rate_});
       marker.end = Av().av_rescale_q(c->end, c->time_base, AVRational{1, rate_});
-      if (const AVDictionaryEntry* title = Av().av_dict_get(c->metadata, "title", nullptr, 0)) marker.title = title->value;
+      if (const AVDictionaryEntry* title = Av().av_dict_get(c->metadata, "title", nullptr, 0))
+        marker.title = title->value;
       info->chapters.push_back(std::move(marker));
     }
   }
@@ -430,7 +432,8 @@ void LFFmpegSource::Decoder::Rewind() {
   at_ = 0;
   if (broken_) return;
   // Back to the first packet, if the demuxer finds it again; the skip it carried is put back.
-  if (firstPacketTime_ != AV_NOPTS_VALUE && Av().av_seek_frame(fmt_, index_, firstPacketTime_, AVSEEK_FLAG_BACKWARD) >= 0) {
+  if (firstPacketTime_ != AV_NOPTS_VALUE &&
+      Av().av_seek_frame(fmt_, index_, firstPacketTime_, AVSEEK_FLAG_BACKWARD) >= 0) {
     while (Av().av_read_frame(fmt_, packet_) >= 0) {
       if (packet_->stream_index != index_) {
         Av().av_packet_unref(packet_);
@@ -642,7 +645,7 @@ long long LFFmpegSource::Decoder::IndexOf(const AVFrame* f) const {
     return it != table_.end() && it->pts == pts ? it->index : -1;
   }
   const long long index = Av().av_rescale_q_rnd(pts - basePts_, timeBase_, AVRational{1, rate_},
-                                           static_cast<AVRounding>(AV_ROUND_NEAR_INF | AV_ROUND_PASS_MINMAX));
+                                                static_cast<AVRounding>(AV_ROUND_NEAR_INF | AV_ROUND_PASS_MINMAX));
   return std::max(0LL, index);
 }
 

@@ -100,8 +100,9 @@ void LSNKMP3::Write(const float* buffer, long long frames) {
   while (frames > 0) {
     const int n = static_cast<int>(std::min<long long>(frames, kBlockFrames));
     // The interleaved call always steps by two values, so mono goes through the planar one.
-    const int made = channels == 1 ? Lame().lame_encode_buffer_ieee_float(lame, buffer, buffer, n, out_.data(), kOutBytes)
-                                   : Lame().lame_encode_buffer_interleaved_ieee_float(lame, buffer, n, out_.data(), kOutBytes);
+    const int made = channels == 1
+                         ? Lame().lame_encode_buffer_ieee_float(lame, buffer, buffer, n, out_.data(), kOutBytes)
+                         : Lame().lame_encode_buffer_interleaved_ieee_float(lame, buffer, n, out_.data(), kOutBytes);
     if (made < 0 || !stream_->WriteAll(out_.data(), made)) {
       SetError();
       return;
