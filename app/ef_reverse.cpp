@@ -1,13 +1,39 @@
 #include "app/ef_reverse.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "base/array.h"
 
 namespace {
 // Frames per block; both buffers hold one block.
 constexpr long long kBlockFrames = 8192;
+
+// out gets the frames of in last first, each frame's channels in their order.
+// Mono and stereo have their own loops: a copy sized at run time per frame
+// cost more than all the rest of the reversal.
+template <int kChannels>
+void ReverseFrames(const float* in, float* out, long long frames, int channels) {
+  const long long ch = kChannels > 0 ? kChannels : channels;
+  const float* from = in + (frames - 1) * ch;
+  for (long long i = 0; i < frames; ++i, from -= ch, out += ch) {
+    for (long long c = 0; c < ch; ++c) out[c] = from[c];
+  }
+}
+
+void ReverseBlock(const float* in, float* out, long long frames, int channels) {
+  if (frames <= 0) return;
+  switch (channels) {
+    case 1:
+      ReverseFrames<1>(in, out, frames, channels);
+      break;
+    case 2:
+      ReverseFrames<2>(in, out, frames, channels);
+      break;
+    default:
+      ReverseFrames<0>(in, out, frames, channels);
+  }
+}
+
 }  // namespace
 
 LSoundSource SVEfReverse::OpenInput(const LCutListAudio& piece) const { return piece.OpenSource(); }
@@ -24,7 +50,6 @@ int SVEfReverse::ProcessCutList(LProcessInterface& process, LCutListAudio& piece
 
   LArray<float> forward(static_cast<std::size_t>(kBlockFrames * channels));
   LArray<float> backward(forward.size());
-  const std::size_t frameBytes = static_cast<std::size_t>(channels) * sizeof(float);
   long long remaining = total;
   bool readFailed = source.IsError();
   while (remaining > 0 && !readFailed && !process.IsCancelled()) {
@@ -37,8 +62,7 @@ int SVEfReverse::ProcessCutList(LProcessInterface& process, LCutListAudio& piece
       break;
     }
     remaining -= block;
-    for (long long i = 0; i < block; ++i)
-      std::memcpy(backward.data() + i * channels, forward.data() + (block - 1 - i) * channels, frameBytes);
+    ReverseBlock(forward.data(), backward.data(), block, channels);
     sink.Write(backward.data(), block);
     process.SetProgress(static_cast<double>(total - remaining) / static_cast<double>(total));
   }

@@ -6,5 +6,5 @@
 
 #include "audio/audio_device.h"
 
-// Null when this build has no ALSA.
+// Null when this build has no ALSA or libasound cannot be loaded.
 [[nodiscard]] std::unique_ptr<LAudioBackend> LAudioAlsaBackendCreate();

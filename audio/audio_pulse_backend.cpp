@@ -6,7 +6,7 @@ std::unique_ptr<LAudioBackend> LAudioPulseBackendCreate() { return nullptr; }
 
 #else
 
-#include <pulse/pulseaudio.h>
+#include "audio/pulse_api.h"
 
 #include <algorithm>
 
@@ -54,8 +54,8 @@ public:
   // Waits (holding the loop's lock) until the operation is done.
   void Await(pa_operation* op) {
     if (!op) return;
-    while (pa_operation_get_state(op) == PA_OPERATION_RUNNING) pa_threaded_mainloop_wait(loop_);
-    pa_operation_unref(op);
+    while (Pa().pa_operation_get_state(op) == PA_OPERATION_RUNNING) Pa().pa_threaded_mainloop_wait(loop_);
+    Pa().pa_operation_unref(op);
   }
 
 private:
@@ -76,27 +76,27 @@ struct EnumerateState {
 };
 
 LAudioStatus PulseBackend::Connect() {
-  if (context_ && pa_context_get_state(context_) == PA_CONTEXT_READY) return LAudioStatus::kOK;
+  if (context_ && Pa().pa_context_get_state(context_) == PA_CONTEXT_READY) return LAudioStatus::kOK;
   Disconnect();
-  loop_ = pa_threaded_mainloop_new();
+  loop_ = Pa().pa_threaded_mainloop_new();
   if (!loop_) return LAudioStatus::kFailed;
-  context_ = pa_context_new(pa_threaded_mainloop_get_api(loop_), "Sonvale");
+  context_ = Pa().pa_context_new(Pa().pa_threaded_mainloop_get_api(loop_), "Sonvale");
   if (!context_) return LAudioStatus::kFailed;
-  pa_context_set_state_callback(context_, ContextChanged, this);
-  pa_threaded_mainloop_lock(loop_);
-  if (pa_threaded_mainloop_start(loop_) < 0) {
-    pa_threaded_mainloop_unlock(loop_);
+  Pa().pa_context_set_state_callback(context_, ContextChanged, this);
+  Pa().pa_threaded_mainloop_lock(loop_);
+  if (Pa().pa_threaded_mainloop_start(loop_) < 0) {
+    Pa().pa_threaded_mainloop_unlock(loop_);
     return LAudioStatus::kFailed;
   }
   // Never start a server of our own: a missing one is reported.
-  bool ok = pa_context_connect(context_, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) >= 0;
+  bool ok = Pa().pa_context_connect(context_, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) >= 0;
   while (ok) {
-    const pa_context_state_t state = pa_context_get_state(context_);
+    const pa_context_state_t state = Pa().pa_context_get_state(context_);
     if (state == PA_CONTEXT_READY) break;
     if (!PA_CONTEXT_IS_GOOD(state)) ok = false;
-    else pa_threaded_mainloop_wait(loop_);
+    else Pa().pa_threaded_mainloop_wait(loop_);
   }
-  pa_threaded_mainloop_unlock(loop_);
+  Pa().pa_threaded_mainloop_unlock(loop_);
   if (!ok) {
     Disconnect();
     return LAudioStatus::kNoServer;
@@ -105,20 +105,20 @@ LAudioStatus PulseBackend::Connect() {
 }
 
 void PulseBackend::Disconnect() {
-  if (loop_) pa_threaded_mainloop_stop(loop_);
+  if (loop_) Pa().pa_threaded_mainloop_stop(loop_);
   if (context_) {
-    pa_context_disconnect(context_);
-    pa_context_unref(context_);
+    Pa().pa_context_disconnect(context_);
+    Pa().pa_context_unref(context_);
     context_ = nullptr;
   }
   if (loop_) {
-    pa_threaded_mainloop_free(loop_);
+    Pa().pa_threaded_mainloop_free(loop_);
     loop_ = nullptr;
   }
 }
 
 void PulseBackend::ContextChanged(pa_context*, void* self) {
-  pa_threaded_mainloop_signal(static_cast<PulseBackend*>(self)->loop_, 0);
+  Pa().pa_threaded_mainloop_signal(static_cast<PulseBackend*>(self)->loop_, 0);
 }
 
 void PulseBackend::Subscribed(pa_context*, pa_subscription_event_type_t t, uint32_t, void* self) {
@@ -138,17 +138,17 @@ LAudioStatus PulseBackend::Enumerate(std::vector<LAudioDeviceInfo>* devices) {
   devices->clear();
   if (LAudioStatus status = Connect(); status != LAudioStatus::kOK) return status;
   EnumerateState state{this, devices, {}, {}};
-  pa_threaded_mainloop_lock(loop_);
-  Await(pa_context_get_server_info(
+  Pa().pa_threaded_mainloop_lock(loop_);
+  Await(Pa().pa_context_get_server_info(
       context_,
       [](pa_context*, const pa_server_info* info, void* self) {
         auto* st = static_cast<EnumerateState*>(self);
         if (info && info->default_sink_name) st->defaultSink = info->default_sink_name;
         if (info && info->default_source_name) st->defaultSource = info->default_source_name;
-        pa_threaded_mainloop_signal(st->backend->Loop(), 0);
+        Pa().pa_threaded_mainloop_signal(st->backend->Loop(), 0);
       },
       &state));
-  Await(pa_context_get_sink_info_list(
+  Await(Pa().pa_context_get_sink_info_list(
       context_,
       [](pa_context*, const pa_sink_info* info, int eol, void* self) {
         auto* st = static_cast<EnumerateState*>(self);
@@ -157,10 +157,10 @@ LAudioStatus PulseBackend::Enumerate(std::vector<LAudioDeviceInfo>* devices) {
                                   LAudioDirection::kOutput, info->sample_spec.rate, info->sample_spec.channels,
                                   info->name && st->defaultSink == info->name});
         }
-        pa_threaded_mainloop_signal(st->backend->Loop(), 0);
+        Pa().pa_threaded_mainloop_signal(st->backend->Loop(), 0);
       },
       &state));
-  Await(pa_context_get_source_info_list(
+  Await(Pa().pa_context_get_source_info_list(
       context_,
       [](pa_context*, const pa_source_info* info, int eol, void* self) {
         auto* st = static_cast<EnumerateState*>(self);
@@ -169,27 +169,30 @@ LAudioStatus PulseBackend::Enumerate(std::vector<LAudioDeviceInfo>* devices) {
                                   LAudioDirection::kInput, info->sample_spec.rate, info->sample_spec.channels,
                                   info->name && st->defaultSource == info->name});
         }
-        pa_threaded_mainloop_signal(st->backend->Loop(), 0);
+        Pa().pa_threaded_mainloop_signal(st->backend->Loop(), 0);
       },
       &state));
-  const bool alive = pa_context_get_state(context_) == PA_CONTEXT_READY;
-  pa_threaded_mainloop_unlock(loop_);
+  const bool alive = Pa().pa_context_get_state(context_) == PA_CONTEXT_READY;
+  Pa().pa_threaded_mainloop_unlock(loop_);
   return alive ? LAudioStatus::kOK : LAudioStatus::kNoServer;
 }
 
 bool PulseBackend::Watch(std::function<void(const LAudioDeviceEvent&)> watcher) {
   if (Connect() != LAudioStatus::kOK) return false;
-  pa_threaded_mainloop_lock(loop_);
+  Pa().pa_threaded_mainloop_lock(loop_);
   watcher_ = std::move(watcher);
-  pa_context_set_subscribe_callback(context_, Subscribed, this);
+  Pa().pa_context_set_subscribe_callback(context_, Subscribed, this);
   const auto mask = watcher_ ? static_cast<pa_subscription_mask_t>(PA_SUBSCRIPTION_MASK_SINK | PA_SUBSCRIPTION_MASK_SOURCE)
                              : PA_SUBSCRIPTION_MASK_NULL;
-  pa_operation* op = pa_context_subscribe(
-      context_, mask, [](pa_context*, int, void* self) { pa_threaded_mainloop_signal(static_cast<PulseBackend*>(self)->Loop(), 0); },
+  pa_operation* op = Pa().pa_context_subscribe(
+      context_, mask,
+      [](pa_context*, int, void* self) {
+        Pa().pa_threaded_mainloop_signal(static_cast<PulseBackend*>(self)->Loop(), 0);
+      },
       this);
   const bool ok = op != nullptr;
   Await(op);
-  pa_threaded_mainloop_unlock(loop_);
+  Pa().pa_threaded_mainloop_unlock(loop_);
   return ok;
 }
 
@@ -225,14 +228,14 @@ LAudioStatus PulseStream::Start() {
   ss.rate = spec_.sampleRate;
   ss.channels = static_cast<std::uint8_t>(spec_.channels);
   pa_threaded_mainloop* loop = backend_->Loop();
-  pa_threaded_mainloop_lock(loop);
-  stream_ = pa_stream_new(backend_->Context(), direction_ == LAudioDirection::kOutput ? "Wiedergabe" : "Aufnahme", &ss,
-                          nullptr);
+  Pa().pa_threaded_mainloop_lock(loop);
+  stream_ = Pa().pa_stream_new(backend_->Context(),
+                               direction_ == LAudioDirection::kOutput ? "Wiedergabe" : "Aufnahme", &ss, nullptr);
   if (!stream_) {
-    pa_threaded_mainloop_unlock(loop);
+    Pa().pa_threaded_mainloop_unlock(loop);
     return LAudioStatus::kFormatRefused;
   }
-  pa_stream_set_state_callback(stream_, StateChanged, this);
+  Pa().pa_stream_set_state_callback(stream_, StateChanged, this);
   const std::uint32_t bytes = static_cast<std::uint32_t>(spec_.bufferFrames * frameBytes_);
   pa_buffer_attr attr;
   attr.maxlength = static_cast<std::uint32_t>(-1);
@@ -246,65 +249,66 @@ LAudioStatus PulseStream::Start() {
   const char* device = deviceName_.empty() ? nullptr : deviceName_.c_str();
   int result;
   if (direction_ == LAudioDirection::kOutput) {
-    pa_stream_set_write_callback(stream_, Writable, this);
-    pa_stream_set_underflow_callback(stream_, Underflow, this);
-    result = pa_stream_connect_playback(stream_, device, &attr, static_cast<pa_stream_flags_t>(flags), nullptr, nullptr);
+    Pa().pa_stream_set_write_callback(stream_, Writable, this);
+    Pa().pa_stream_set_underflow_callback(stream_, Underflow, this);
+    result = Pa().pa_stream_connect_playback(stream_, device, &attr, static_cast<pa_stream_flags_t>(flags), nullptr,
+                                             nullptr);
   } else {
-    pa_stream_set_read_callback(stream_, Readable, this);
-    pa_stream_set_overflow_callback(stream_, Underflow, this);
-    result = pa_stream_connect_record(stream_, device, &attr, static_cast<pa_stream_flags_t>(flags));
+    Pa().pa_stream_set_read_callback(stream_, Readable, this);
+    Pa().pa_stream_set_overflow_callback(stream_, Underflow, this);
+    result = Pa().pa_stream_connect_record(stream_, device, &attr, static_cast<pa_stream_flags_t>(flags));
   }
   pa_stream_state_t state = PA_STREAM_UNCONNECTED;
   while (result >= 0) {
-    state = pa_stream_get_state(stream_);
+    state = Pa().pa_stream_get_state(stream_);
     if (state == PA_STREAM_READY || !PA_STREAM_IS_GOOD(state)) break;
-    pa_threaded_mainloop_wait(loop);
+    Pa().pa_threaded_mainloop_wait(loop);
   }
   running_ = result >= 0 && state == PA_STREAM_READY;
   if (running_ && deviceName_.empty()) {
-    const char* actual = pa_stream_get_device_name(stream_);
+    const char* actual = Pa().pa_stream_get_device_name(stream_);
     if (actual) deviceName_ = actual;
   }
   if (!running_) {
-    pa_stream_set_state_callback(stream_, nullptr, nullptr);
-    pa_stream_set_write_callback(stream_, nullptr, nullptr);
-    pa_stream_set_read_callback(stream_, nullptr, nullptr);
-    pa_stream_disconnect(stream_);
-    pa_stream_unref(stream_);
+    Pa().pa_stream_set_state_callback(stream_, nullptr, nullptr);
+    Pa().pa_stream_set_write_callback(stream_, nullptr, nullptr);
+    Pa().pa_stream_set_read_callback(stream_, nullptr, nullptr);
+    Pa().pa_stream_disconnect(stream_);
+    Pa().pa_stream_unref(stream_);
     stream_ = nullptr;
   }
-  pa_threaded_mainloop_unlock(loop);
+  Pa().pa_threaded_mainloop_unlock(loop);
   return running_ ? LAudioStatus::kOK : LAudioStatus::kFormatRefused;
 }
 
 void PulseStream::Stop() {
   if (!stream_) return;
   pa_threaded_mainloop* loop = backend_->Loop();
-  pa_threaded_mainloop_lock(loop);
-  pa_stream_set_state_callback(stream_, nullptr, nullptr);
-  pa_stream_set_write_callback(stream_, nullptr, nullptr);
-  pa_stream_set_read_callback(stream_, nullptr, nullptr);
-  pa_stream_set_underflow_callback(stream_, nullptr, nullptr);
-  pa_stream_set_overflow_callback(stream_, nullptr, nullptr);
-  if (PA_STREAM_IS_GOOD(pa_stream_get_state(stream_))) pa_stream_disconnect(stream_);
-  pa_stream_unref(stream_);
+  Pa().pa_threaded_mainloop_lock(loop);
+  Pa().pa_stream_set_state_callback(stream_, nullptr, nullptr);
+  Pa().pa_stream_set_write_callback(stream_, nullptr, nullptr);
+  Pa().pa_stream_set_read_callback(stream_, nullptr, nullptr);
+  Pa().pa_stream_set_underflow_callback(stream_, nullptr, nullptr);
+  Pa().pa_stream_set_overflow_callback(stream_, nullptr, nullptr);
+  if (PA_STREAM_IS_GOOD(Pa().pa_stream_get_state(stream_))) Pa().pa_stream_disconnect(stream_);
+  Pa().pa_stream_unref(stream_);
   stream_ = nullptr;
   running_ = false;
-  pa_threaded_mainloop_unlock(loop);
+  Pa().pa_threaded_mainloop_unlock(loop);
 }
 
 void PulseStream::StateChanged(pa_stream* s, void* self) {
   auto* stream = static_cast<PulseStream*>(self);
-  const pa_stream_state_t state = pa_stream_get_state(s);
+  const pa_stream_state_t state = Pa().pa_stream_get_state(s);
   if (stream->running_ && (state == PA_STREAM_FAILED || state == PA_STREAM_TERMINATED))
     stream->StatusSet(LAudioStatus::kDeviceLost);
-  pa_threaded_mainloop_signal(stream->backend_->Loop(), 0);
+  Pa().pa_threaded_mainloop_signal(stream->backend_->Loop(), 0);
 }
 
 void PulseStream::LatencyUpdate() {
   pa_usec_t usec = 0;
   int negative = 0;
-  if (pa_stream_get_latency(stream_, &usec, &negative) == 0)
+  if (Pa().pa_stream_get_latency(stream_, &usec, &negative) == 0)
     LatencySet(negative ? 0 : static_cast<long>(usec * spec_.sampleRate / 1000000));
 }
 
@@ -314,14 +318,14 @@ void PulseStream::Writable(pa_stream* s, size_t bytes, void* self) {
     void* data = nullptr;
     size_t n = bytes;
     // The server's own memory: nothing is allocated here.
-    if (pa_stream_begin_write(s, &data, &n) < 0 || !data) return;
+    if (Pa().pa_stream_begin_write(s, &data, &n) < 0 || !data) return;
     n = std::min(n, bytes) / stream->frameBytes_ * stream->frameBytes_;
     if (n == 0) {
-      pa_stream_cancel_write(s);
+      Pa().pa_stream_cancel_write(s);
       return;
     }
     stream->callback_->Render(static_cast<float*>(data), static_cast<long>(n / stream->frameBytes_));
-    pa_stream_write(s, data, n, nullptr, 0, PA_SEEK_RELATIVE);
+    Pa().pa_stream_write(s, data, n, nullptr, 0, PA_SEEK_RELATIVE);
     bytes -= n;
   }
   stream->LatencyUpdate();
@@ -331,10 +335,10 @@ void PulseStream::Readable(pa_stream* s, size_t, void* self) {
   auto* stream = static_cast<PulseStream*>(self);
   const void* data = nullptr;
   size_t n = 0;
-  while (pa_stream_readable_size(s) > 0 && pa_stream_peek(s, &data, &n) == 0 && n > 0) {
+  while (Pa().pa_stream_readable_size(s) > 0 && Pa().pa_stream_peek(s, &data, &n) == 0 && n > 0) {
     // A hole (no data) is dropped; data arrives in whole frames.
     if (data) stream->callback_->Capture(static_cast<const float*>(data), static_cast<long>(n / stream->frameBytes_));
-    pa_stream_drop(s);
+    Pa().pa_stream_drop(s);
   }
   stream->LatencyUpdate();
 }
@@ -343,6 +347,9 @@ void PulseStream::Underflow(pa_stream*, void* self) { static_cast<PulseStream*>(
 
 }  // namespace
 
-std::unique_ptr<LAudioBackend> LAudioPulseBackendCreate() { return std::make_unique<PulseBackend>(); }
+std::unique_ptr<LAudioBackend> LAudioPulseBackendCreate() {
+  if (!LPulseApi::Load()) return nullptr;
+  return std::make_unique<PulseBackend>();
+}
 
 #endif

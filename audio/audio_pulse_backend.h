@@ -8,5 +8,5 @@
 
 #include "audio/audio_device.h"
 
-// Null when this build has no PulseAudio. Connects on first use.
+// Null when this build has no PulseAudio or libpulse cannot be loaded. Connects on first use.
 [[nodiscard]] std::unique_ptr<LAudioBackend> LAudioPulseBackendCreate();

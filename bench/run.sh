@@ -34,8 +34,10 @@ JOBS=${SONVALE_BENCH_JOBS:-2}
 # Peak memory that no Sonvale workload may exceed, whatever the length.
 MEMORY_LIMIT_MIB=64
 
-WORKLOADS=(open16 open24 reopen save16 echo echo_cold reverse reverse_cold mp3 flac
+WORKLOADS=(open16 open24 reopen save16 echo echo_cold reverse reverse_cold mp3 flac start_help start_info
   kompressor hochpass tiefpass parametrischereq normalize)
+# Starts of the command timed in one round of a start workload; its time is per start.
+STARTS=100
 # What the edit verb is told for the effect workloads.
 ECHO_COMMAND="effect echo Zunahme=30 Zeit=1000"
 REVERSE_COMMAND="select all; reverse"
@@ -106,6 +108,7 @@ inputs() {
   INS=$in/pink-${SHORT_MINUTES}m-16.wav
   INMP3=$in/pink-${SHORT_MINUTES}m.mp3
   INFLAC=$in/pink-${SHORT_MINUTES}m.flac
+  INSEC=$in/pink-1s-16.wav
   # Only what the selected workloads read.
   local need=" " w
   for w in "${SELECTED[@]}"; do
@@ -116,6 +119,8 @@ inputs() {
       mp3) need+="16 short mp3 " ;;
       flac) need+="16 short flac " ;;
       kompressor | hochpass | tiefpass | parametrischereq | normalize) need+="16 short " ;;
+      start_help) ;;
+      start_info) need+="second " ;;
       *) need+="16 " ;;
     esac
   done
@@ -127,6 +132,7 @@ inputs() {
   [[ $need == *" short "* ]] && make_input "$INS" sox "$IN16" @OUT@ trim 0 "$short"
   [[ $need == *" mp3 "* ]] && make_input "$INMP3" sox "$INS" -C 192 @OUT@
   [[ $need == *" flac "* ]] && make_input "$INFLAC" sox "$INS" @OUT@
+  [[ $need == *" second "* ]] && make_input "$INSEC" sox -n -r 44100 -c 2 -b 16 @OUT@ synth 1 pinknoise vol 0.5
   return 0
 }
 
@@ -138,7 +144,8 @@ RESULTS=""  # lines: workload side round seconds peak_kib status
 # emptied first unless KEEP is set, and pending writes of earlier runs are
 # flushed, both untimed; afterwards the output goes again unless KEEP_OUTPUT is
 # set. Wall time from the shell's clock (microseconds), peak memory from
-# /usr/bin/time. EXPECT: text the command must print.
+# /usr/bin/time. EXPECT: text the command must print. PER: the time is divided
+# by it (a command that runs something PER times).
 timed() {
   local workload=$1 side=$2 round=$3; shift 3
   local out=$WORK/out/$workload/$side
@@ -169,7 +176,7 @@ timed() {
   fi
   [[ -n ${KEEP_OUTPUT:-} ]] || rm -rf "$out"
   local seconds
-  seconds=$(awk -v a="$t0" -v b="$t1" 'BEGIN { printf "%.4f", b - a }')
+  seconds=$(awk -v a="$t0" -v b="$t1" -v n="${PER:-1}" 'BEGIN { printf "%.6f", (b - a) / n }')
   RESULTS+="$workload $side $round $seconds $kib $state"$'\n'
   printf '   %-8s %-12s round %d  %8.3f s  %7.1f MiB  %s\n' "$workload" "$side" "$round" "$seconds" \
     "$(awk -v k="$kib" 'BEGIN { print k / 1024 }')" "$state"
@@ -364,6 +371,27 @@ wl_parametrischereq() { fx_workload parametrischereq "$1"; }
 #: normalize | normalise (2 passes), ${SHORT_MINUTES} min open doc, to float | sox 1.0
 wl_normalize() { fx_workload normalize "$1"; }
 
+# Runs the command STARTS times in a row, its output dropped: for the start workloads.
+starts() {
+  local i
+  for ((i = 0; i < STARTS; i++)); do "$@" > /dev/null || return; done
+}
+export -f starts
+export STARTS
+
+# The start workloads have an absolute target: their "ms" anchor is the most
+# milliseconds one start may take.
+
+#: start_help | start of sonvale --help, ms per start | ms 5
+wl_start_help() {
+  PER=$STARTS timed start_help sonvale "$1" bash -c 'starts "$@"' starts "$SONVALE" --help
+}
+
+#: start_info | start of sonvale info on a 1 s WAVE, ms per start | ms 15
+wl_start_info() {
+  PER=$STARTS timed start_info sonvale "$1" bash -c 'starts "$@"' starts "$SONVALE" info "$INSEC"
+}
+
 # The "#:" line of a workload, with the lengths filled in.
 workload_line() {
   local line
@@ -431,6 +459,19 @@ table() {
       local anchor limit
       read -r anchor limit <<< "${parts[i]}"
       local astate asecs akib amib ratio verdict
+      if [[ $anchor == ms ]]; then
+        if [[ $state == ok ]]; then
+          ratio=$(awk -v s="$secs" 'BEGIN { printf "%.2f", s * 1000 }')
+          verdict=$(awk -v m="$ratio" -v l="$limit" 'BEGIN {
+            if (m <= l) printf "PASS (%.0f%% of the limit)", 100 * m / l;
+            else printf "FAIL (%.0f%% over)", 100 * (m - l) / l }')
+          [[ $verdict == FAIL* ]] && FAILURES=$((FAILURES + 1))
+        else
+          ratio=-; verdict=$(describe_state "$state")
+        fi
+        printf '%-54s %-11s %9s %9s %8s %9s  %s\n' "" "per start" - - "${ratio}ms" "<= ${limit}ms" "$verdict"
+        continue
+      fi
       astate=$(state_of "$workload" "$anchor")
       if [[ $astate == ok ]]; then
         asecs=$(printf '%9.3f' "$(column_of "$workload" "$anchor" 4 | median)")

@@ -5,11 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 
-extern "C" {
-#include <libavformat/avio.h>
-#include <libavutil/error.h>
-#include <libavutil/mem.h>
-}
+#include "formats/ffmpeg_api.h"
 
 namespace {
 
@@ -51,19 +47,19 @@ std::int64_t SeekStream(void* opaque, std::int64_t offset, int whence) {
 }  // namespace
 
 LFFmpegIO::LFFmpegIO(LByteStream* stream, bool write) {
-  if (!stream) return;
-  auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferBytes));
+  if (!stream || !LFFmpegApi::Load()) return;
+  auto* buffer = static_cast<unsigned char*>(Av().av_malloc(kBufferBytes));
   if (!buffer) return;
-  context_ = avio_alloc_context(buffer, kBufferBytes, write ? 1 : 0, stream, write ? nullptr : &ReadPacket,
-                                write ? &WritePacket : nullptr, &SeekStream);
-  if (!context_) av_free(buffer);
+  context_ = Av().avio_alloc_context(buffer, kBufferBytes, write ? 1 : 0, stream, write ? nullptr : &ReadPacket,
+                                     write ? &WritePacket : nullptr, &SeekStream);
+  if (!context_) Av().av_free(buffer);
 }
 
 LFFmpegIO::~LFFmpegIO() {
   if (!context_) return;
-  if (context_->write_flag) avio_flush(context_);
-  av_freep(&context_->buffer);
-  avio_context_free(&context_);
+  if (context_->write_flag) Av().avio_flush(context_);
+  Av().av_freep(&context_->buffer);
+  Av().avio_context_free(&context_);
 }
 
 #else

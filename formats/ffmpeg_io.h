@@ -2,7 +2,7 @@
 // LFFmpegIO: an FFmpeg I/O context over an LByteStream, so that FFmpeg reads and
 // writes through the same narrow interface as our own readers and writers (in
 // memory under tests and fuzzers, through the platform layer on disk). The
-// stream must outlive the context. Builds without FFmpeg have no use for it.
+// stream must outlive the context. Without FFmpeg it makes no context.
 #include "base/byte_stream.h"
 
 struct AVIOContext;

@@ -6,19 +6,15 @@
 
 #include "base/file_stream.h"
 #include "base/platform_file.h"
+#include "formats/ffmpeg_source.h"
 
 #ifdef SONVALE_HAVE_FFMPEG
 #include "base/array.h"
 #include "engine/sample_format.h"
+#include "formats/ffmpeg_api.h"
 #include "formats/ffmpeg_io.h"
 #include "formats/ffmpeg_tag_keys.h"
 #include "formats/sound_dither.h"
-
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
-#include <libavutil/channel_layout.h>
-}
 #endif
 
 namespace {
@@ -88,20 +84,20 @@ const AVCodec* FindEncoder(LFFmpegSinkCodec codec, int bits, bool floating, bool
   *experimental = false;
   switch (codec) {
     case LFFmpegSinkCodec::kFlac:
-      return avcodec_find_encoder(AV_CODEC_ID_FLAC);
+      return Av().avcodec_find_encoder(AV_CODEC_ID_FLAC);
     case LFFmpegSinkCodec::kVorbis:
     case LFFmpegSinkCodec::kOpus: {
       const bool vorbis = codec == LFFmpegSinkCodec::kVorbis;
-      if (const AVCodec* c = avcodec_find_encoder_by_name(vorbis ? "libvorbis" : "libopus")) return c;
+      if (const AVCodec* c = Av().avcodec_find_encoder_by_name(vorbis ? "libvorbis" : "libopus")) return c;
       // FFmpeg's own encoders are marked experimental.
       *experimental = true;
-      return avcodec_find_encoder_by_name(vorbis ? "vorbis" : "opus");
+      return Av().avcodec_find_encoder_by_name(vorbis ? "vorbis" : "opus");
     }
     case LFFmpegSinkCodec::kRF64:
-      if (floating) return avcodec_find_encoder(AV_CODEC_ID_PCM_F32LE);
-      if (bits <= 16) return avcodec_find_encoder(AV_CODEC_ID_PCM_S16LE);
-      if (bits <= 24) return avcodec_find_encoder(AV_CODEC_ID_PCM_S24LE);
-      return avcodec_find_encoder(AV_CODEC_ID_PCM_S32LE);
+      if (floating) return Av().avcodec_find_encoder(AV_CODEC_ID_PCM_F32LE);
+      if (bits <= 16) return Av().avcodec_find_encoder(AV_CODEC_ID_PCM_S16LE);
+      if (bits <= 24) return Av().avcodec_find_encoder(AV_CODEC_ID_PCM_S24LE);
+      return Av().avcodec_find_encoder(AV_CODEC_ID_PCM_S32LE);
   }
   return nullptr;
 }
@@ -196,10 +192,10 @@ private:
 };
 
 LSNKFFmpeg::Encoder::~Encoder() {
-  av_frame_free(&frame);
-  av_packet_free(&packet);
-  avcodec_free_context(&enc);
-  if (oc) avformat_free_context(oc);
+  Av().av_frame_free(&frame);
+  Av().av_packet_free(&packet);
+  Av().avcodec_free_context(&enc);
+  if (oc) Av().avformat_free_context(oc);
   io.reset();
 }
 
@@ -213,12 +209,12 @@ bool LSNKFFmpeg::Encoder::Open(std::unique_ptr<LByteStream> byteStream, const LF
   bool experimental = false;
   const AVCodec* codec = FindEncoder(f.codec, f.bitsPerSample, f.floating, &experimental);
   if (!codec) return false;
-  if (avformat_alloc_output_context2(&oc, nullptr, MuxerName(f.codec), nullptr) < 0 || !oc) return false;
+  if (Av().avformat_alloc_output_context2(&oc, nullptr, MuxerName(f.codec), nullptr) < 0 || !oc) return false;
   io = std::make_unique<LFFmpegIO>(stream.get(), true);
   if (!io->Context()) return false;
   oc->pb = io->Context();
 
-  enc = avcodec_alloc_context3(codec);
+  enc = Av().avcodec_alloc_context3(codec);
   if (!enc) return false;
   format = ChooseFormat(codec, f.bitsPerSample, f.floating);
   if (format == AV_SAMPLE_FMT_NONE) return false;
@@ -232,7 +228,7 @@ bool LSNKFFmpeg::Encoder::Open(std::unique_ptr<LByteStream> byteStream, const LF
   } else if (channels == 4 && vorbisOrder) {
     enc->ch_layout = AV_CHANNEL_LAYOUT_QUAD;
   } else {
-    av_channel_layout_default(&enc->ch_layout, channels);
+    Av().av_channel_layout_default(&enc->ch_layout, channels);
   }
   enc->time_base = AVRational{1, static_cast<int>(rate)};
   enc->thread_count = 1;
@@ -246,35 +242,35 @@ bool LSNKFFmpeg::Encoder::Open(std::unique_ptr<LByteStream> byteStream, const LF
   if (f.codec == LFFmpegSinkCodec::kFlac && f.compressionLevel >= 0) enc->compression_level = f.compressionLevel;
   if (experimental) enc->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
   if (oc->oformat->flags & AVFMT_GLOBALHEADER) enc->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-  if (avcodec_open2(enc, codec, nullptr) < 0) return false;
+  if (Av().avcodec_open2(enc, codec, nullptr) < 0) return false;
 
-  st = avformat_new_stream(oc, nullptr);
-  if (!st || avcodec_parameters_from_context(st->codecpar, enc) < 0) return false;
+  st = Av().avformat_new_stream(oc, nullptr);
+  if (!st || Av().avcodec_parameters_from_context(st->codecpar, enc) < 0) return false;
   st->time_base = enc->time_base;
   if (tags) {
     for (const LFileTag& tag : *tags) {
       const std::string key = LTagKeyToFFmpeg(tag.key.c_str());
       if (key.empty() || tag.value.empty()) continue;
       // FLAC and WAVE take the container's tags, Ogg the stream's.
-      av_dict_set(&oc->metadata, key.c_str(), tag.value.c_str(), 0);
-      av_dict_set(&st->metadata, key.c_str(), tag.value.c_str(), 0);
+      Av().av_dict_set(&oc->metadata, key.c_str(), tag.value.c_str(), 0);
+      Av().av_dict_set(&st->metadata, key.c_str(), tag.value.c_str(), 0);
     }
   }
   AVDictionary* options = nullptr;
-  if (f.codec == LFFmpegSinkCodec::kRF64) av_dict_set(&options, "rf64", "always", 0);
-  const int r = avformat_write_header(oc, &options);
-  av_dict_free(&options);
+  if (f.codec == LFFmpegSinkCodec::kRF64) Av().av_dict_set(&options, "rf64", "always", 0);
+  const int r = Av().avformat_write_header(oc, &options);
+  Av().av_dict_free(&options);
   if (r < 0) return false;
   headerWritten = true;
 
   if (enc->frame_size > 0 && !(codec->capabilities & AV_CODEC_CAP_VARIABLE_FRAME_SIZE)) frameSize = enc->frame_size;
-  frame = av_frame_alloc();
-  packet = av_packet_alloc();
+  frame = Av().av_frame_alloc();
+  packet = Av().av_packet_alloc();
   if (!frame || !packet) return false;
   frame->format = format;
   frame->nb_samples = frameSize;
   frame->sample_rate = enc->sample_rate;
-  if (av_channel_layout_copy(&frame->ch_layout, &enc->ch_layout) < 0 || av_frame_get_buffer(frame, 0) < 0) {
+  if (Av().av_channel_layout_copy(&frame->ch_layout, &enc->ch_layout) < 0 || Av().av_frame_get_buffer(frame, 0) < 0) {
     return false;
   }
   scratch16.resize(static_cast<size_t>(frameSize) * static_cast<size_t>(channels));
@@ -287,21 +283,21 @@ bool LSNKFFmpeg::Encoder::Send(AVFrame* f) {
     f->pts = pts;
     pts += f->nb_samples;
   }
-  if (avcodec_send_frame(enc, f) < 0) return false;
+  if (Av().avcodec_send_frame(enc, f) < 0) return false;
   for (;;) {
-    const int r = avcodec_receive_packet(enc, packet);
+    const int r = Av().avcodec_receive_packet(enc, packet);
     if (r == AVERROR(EAGAIN) || r == AVERROR_EOF) return true;
     if (r < 0) return false;
     packet->stream_index = st->index;
-    av_packet_rescale_ts(packet, enc->time_base, st->time_base);
-    if (av_interleaved_write_frame(oc, packet) < 0) return false;
+    Av().av_packet_rescale_ts(packet, enc->time_base, st->time_base);
+    if (Av().av_interleaved_write_frame(oc, packet) < 0) return false;
   }
 }
 
 bool LSNKFFmpeg::Encoder::Put(const float* in, long long frames) {
   const size_t ch = static_cast<size_t>(channels);
   while (frames > 0) {
-    if (filled == 0 && av_frame_make_writable(frame) < 0) return false;
+    if (filled == 0 && Av().av_frame_make_writable(frame) < 0) return false;
     const int n = static_cast<int>(std::min<long long>(frames, frameSize - filled));
     const size_t at = static_cast<size_t>(filled);
     const size_t count = static_cast<size_t>(n) * ch;
@@ -373,8 +369,8 @@ bool LSNKFFmpeg::Encoder::Finish() {
     ok = Send(frame);
   }
   ok = Send(nullptr) && ok;
-  ok = av_write_trailer(oc) >= 0 && ok;
-  avio_flush(oc->pb);
+  ok = Av().av_write_trailer(oc) >= 0 && ok;
+  Av().avio_flush(oc->pb);
   if (ok && rf64) ok = PatchSampleCount();
   return ok;
 }
@@ -390,6 +386,10 @@ bool LSNKFFmpeg::Encoder::PatchSampleCount() {
 
 void LSNKFFmpeg::Start(std::unique_ptr<LByteStream> stream, const LFFmpegSinkFormat& format,
                        const LFileTagDataAudio* tags) {
+  if (!LFFmpegApi::Load()) {
+    SetError();
+    return;
+  }
   encoder_ = std::make_unique<Encoder>();
   if (!encoder_->Open(std::move(stream), format, GetSampleRate(), GetChannels(), tags)) SetError();
 }
@@ -413,6 +413,7 @@ void LSNKFFmpeg::Write(const float* buffer, long long frames) {
 }
 
 const char* LSNKFFmpeg::MissingEncoder(LFFmpegSinkCodec codec) {
+  if (!LFFmpegApi::Load()) return kLFFmpegCodecName;
   bool experimental = false;
   if (FindEncoder(codec, 16, false, &experimental)) return nullptr;
   switch (codec) {
@@ -440,6 +441,6 @@ void LSNKFFmpeg::Complete() { completed_ = true; }
 
 void LSNKFFmpeg::Write(const float*, long long) {}
 
-const char* LSNKFFmpeg::MissingEncoder(LFFmpegSinkCodec) { return "FFmpeg"; }
+const char* LSNKFFmpeg::MissingEncoder(LFFmpegSinkCodec) { return kLFFmpegCodecName; }
 
 #endif

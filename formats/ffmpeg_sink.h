@@ -8,8 +8,8 @@
 // go where the format carries them (Vorbis comments in FLAC, Vorbis and Opus; the
 // INFO list in RF64). Integers are scaled as our sample formats scale them, so
 // what our readers and FFmpeg's give us comes back bit for bit. Complete (or destruction) drains the encoder and writes
-// the container's trailer. A codec that this FFmpeg lacks, a build without
-// FFmpeg and every failure raise the sink's error flag.
+// the container's trailer. A codec that this FFmpeg lacks, FFmpeg missing from
+// the machine or the build and every failure raise the sink's error flag.
 #include <cstdint>
 #include <memory>
 
@@ -54,7 +54,8 @@ public:
   // The rate and channel count the codec holds that come nearest to those asked for.
   [[nodiscard]] static std::uint32_t SupportedRate(LFFmpegSinkCodec codec, std::uint32_t rate);
   [[nodiscard]] static int SupportedChannels(LFFmpegSinkCodec codec, int channels);
-  // The name of the encoder the build lacks for the codec, or nullptr when it has one.
+  // The name of the encoder missing for the codec ("FFmpeg" when FFmpeg itself
+  // is), or nullptr when there is one.
   [[nodiscard]] static const char* MissingEncoder(LFFmpegSinkCodec codec);
 
   struct Encoder;

@@ -13,16 +13,12 @@
 
 #include "base/array.h"
 #include "engine/sample_format.h"
+#include "formats/ffmpeg_api.h"
 #include "formats/ffmpeg_io.h"
 #include "formats/ffmpeg_tag_keys.h"
 
 extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
-#include <libavutil/channel_layout.h>
 #include <libavutil/intreadwrite.h>
-#include <libavutil/mem.h>
-#include <libswresample/swresample.h>
 }
 
 namespace {
@@ -50,8 +46,8 @@ constexpr std::size_t kMaxFFmpegAllocation = 128u << 20;
 void QuietLogs() {
   static std::once_flag once;
   std::call_once(once, [] {
-    av_log_set_level(AV_LOG_FATAL);
-    av_max_alloc(kMaxFFmpegAllocation);
+    Av().av_log_set_level(AV_LOG_FATAL);
+    Av().av_max_alloc(kMaxFFmpegAllocation);
   });
 }
 
@@ -63,7 +59,7 @@ std::int64_t FrameTime(const AVFrame* f) { return f->pts; }
 // The encoder delay and padding a packet asks the decoder to drop; false when it asks nothing.
 bool PacketSkip(const AVPacket* p, long long* start, long long* end) {
   size_t size = 0;
-  const std::uint8_t* data = av_packet_get_side_data(p, AV_PKT_DATA_SKIP_SAMPLES, &size);
+  const std::uint8_t* data = Av().av_packet_get_side_data(p, AV_PKT_DATA_SKIP_SAMPLES, &size);
   *start = *end = 0;
   if (!data || size < 10) return false;
   *start = AV_RL32(data);
@@ -74,7 +70,7 @@ bool PacketSkip(const AVPacket* p, long long* start, long long* end) {
 // Tags already there (from the container) win over the stream's.
 void AddTags(LFileTagDataAudio& tags, const AVDictionary* dict) {
   const AVDictionaryEntry* e = nullptr;
-  while ((e = av_dict_get(dict, "", e, AV_DICT_IGNORE_SUFFIX))) {
+  while ((e = Av().av_dict_get(dict, "", e, AV_DICT_IGNORE_SUFFIX))) {
     const std::string key = LTagKeyFromFFmpeg(e->key);
     if (!tags.Has(key.c_str())) tags.Set(key.c_str(), e->value);
   }
@@ -85,12 +81,13 @@ void AddTags(LFileTagDataAudio& tags, const AVDictionary* dict) {
 struct LFFmpegSource::Decoder {
   ~Decoder() {
     Close();
-    av_channel_layout_uninit(&layout_);
+    Av().av_channel_layout_uninit(&layout_);
   }
 
   [[nodiscard]] unsigned char Open(std::unique_ptr<LByteStream> byteStream, const char* hint, LSoundFileInfo* info);
   // The container and decoder only.
-  [[nodiscard]] unsigned char Describe(std::unique_ptr<LByteStream> byteStream, const char* hint, LSoundFileInfo* info) {
+  [[nodiscard]] unsigned char Describe(std::unique_ptr<LByteStream> byteStream, const char* hint,
+                                       LSoundFileInfo* info) {
     QuietLogs();
     stream_ = std::move(byteStream);
     hint_ = hint ? hint : "";
@@ -205,35 +202,35 @@ private:
 };
 
 void LFFmpegSource::Decoder::Close() {
-  swr_free(&swr_);
-  avcodec_free_context(&dec_);
-  avformat_close_input(&fmt_);
+  Av().swr_free(&swr_);
+  Av().avcodec_free_context(&dec_);
+  Av().avformat_close_input(&fmt_);
   io_.reset();
-  av_packet_free(&packet_);
-  av_frame_free(&frame_);
-  av_channel_layout_uninit(&swrLayout_);
+  Av().av_packet_free(&packet_);
+  Av().av_frame_free(&frame_);
+  Av().av_channel_layout_uninit(&swrLayout_);
   swrFormat_ = -1;
 }
 
 unsigned char LFFmpegSource::Decoder::OpenInput(LSoundFileInfo* info) {
-  if (!packet_) packet_ = av_packet_alloc();
-  if (!frame_) frame_ = av_frame_alloc();
+  if (!packet_) packet_ = Av().av_packet_alloc();
+  if (!frame_) frame_ = Av().av_frame_alloc();
   if (!stream_->Seek(0)) return kLSourceCannotOpen;
   io_ = std::make_unique<LFFmpegIO>(stream_.get(), false);
-  fmt_ = avformat_alloc_context();
+  fmt_ = Av().avformat_alloc_context();
   if (!packet_ || !frame_ || !io_->Context() || !fmt_) return kLSourceCannotOpen;
   fmt_->pb = io_->Context();
   fmt_->flags |= AVFMT_FLAG_CUSTOM_IO;
   // Only the bytes we hand over are read: playlists and references to other files or the network are not followed.
   AVDictionary* options = nullptr;
-  av_dict_set(&options, "protocol_whitelist", "none", 0);
-  int r = avformat_open_input(&fmt_, hint_.c_str(), nullptr, &options);
-  av_dict_free(&options);
+  Av().av_dict_set(&options, "protocol_whitelist", "none", 0);
+  int r = Av().avformat_open_input(&fmt_, hint_.c_str(), nullptr, &options);
+  Av().av_dict_free(&options);
   if (r < 0) return kLSourceUnsupported;  // avformat_open_input has freed the context
-  if (avformat_find_stream_info(fmt_, nullptr) < 0 && fmt_->nb_streams == 0) return kLSourceUnsupported;
+  if (Av().avformat_find_stream_info(fmt_, nullptr) < 0 && fmt_->nb_streams == 0) return kLSourceUnsupported;
 
   if (index_ < 0) {
-    index_ = av_find_best_stream(fmt_, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
+    index_ = Av().av_find_best_stream(fmt_, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     if (index_ < 0) return kLSourceUnsupported;
   }
   if (index_ >= static_cast<int>(fmt_->nb_streams)) return kLSourceDamaged;
@@ -245,12 +242,12 @@ unsigned char LFFmpegSource::Decoder::OpenInput(LSoundFileInfo* info) {
   if (info) {
     info->formatName = fmt_->iformat->name ? fmt_->iformat->name : "";
     info->formatLongName = fmt_->iformat->long_name ? fmt_->iformat->long_name : info->formatName;
-    info->codecName = avcodec_get_name(par->codec_id);
-    const AVCodecDescriptor* descriptor = avcodec_descriptor_get(par->codec_id);
+    info->codecName = Av().avcodec_get_name(par->codec_id);
+    const AVCodecDescriptor* descriptor = Av().avcodec_descriptor_get(par->codec_id);
     info->codecLongName = descriptor && descriptor->long_name ? descriptor->long_name : info->codecName;
     info->bitRate = par->bit_rate > 0 ? par->bit_rate : std::max<std::int64_t>(0, fmt_->bit_rate);
     info->bitsPerSample =
-        par->bits_per_raw_sample > 0 ? par->bits_per_raw_sample : av_get_exact_bits_per_sample(par->codec_id);
+        par->bits_per_raw_sample > 0 ? par->bits_per_raw_sample : Av().av_get_exact_bits_per_sample(par->codec_id);
     for (unsigned i = 0; i < fmt_->nb_streams; ++i) {
       const AVStream* s = fmt_->streams[i];
       if (s->codecpar->codec_type == AVMEDIA_TYPE_VIDEO && !(s->disposition & AV_DISPOSITION_ATTACHED_PIC)) {
@@ -268,11 +265,11 @@ unsigned char LFFmpegSource::Decoder::OpenInput(LSoundFileInfo* info) {
   if (rate_ == 0) {
     rate_ = rate;
     channels_ = channels;
-    av_channel_layout_uninit(&layout_);
+    Av().av_channel_layout_uninit(&layout_);
     if (dec_->ch_layout.nb_channels == channels && dec_->ch_layout.order != AV_CHANNEL_ORDER_UNSPEC) {
-      av_channel_layout_copy(&layout_, &dec_->ch_layout);
+      Av().av_channel_layout_copy(&layout_, &dec_->ch_layout);
     } else {
-      av_channel_layout_default(&layout_, channels);
+      Av().av_channel_layout_default(&layout_, channels);
     }
   }
   coarse_ = static_cast<std::int64_t>(timeBase_.num) * rate_ > timeBase_.den;
@@ -282,9 +279,10 @@ unsigned char LFFmpegSource::Decoder::OpenInput(LSoundFileInfo* info) {
     for (unsigned i = 0; i < fmt_->nb_chapters; ++i) {
       const AVChapter* c = fmt_->chapters[i];
       LSoundFileChapter marker;
-      marker.start = av_rescale_q(c->start, c->time_base, AVRational{1, rate_});
-      marker.end = av_rescale_q(c->end, c->time_base, AVRational{1, rate_});
-      if (const AVDictionaryEntry* title = av_dict_get(c->metadata, "title", nullptr, 0)) marker.title = title->value;
+      marker.start = Av().av_rescale_q(c->start, c->time_base, AVRational{1, rate_});
+      marker.end = Av().av_rescale_q(c->end, c->time_base, AVRational{1, rate_});
+      if (const AVDictionaryEntry* title = Av().av_dict_get(c->metadata, "title", nullptr, 0))
+        marker.title = title->value;
       info->chapters.push_back(std::move(marker));
     }
   }
@@ -293,13 +291,13 @@ unsigned char LFFmpegSource::Decoder::OpenInput(LSoundFileInfo* info) {
 
 unsigned char LFFmpegSource::Decoder::OpenDecoder() {
   const AVStream* st = fmt_->streams[index_];
-  const AVCodec* codec = avcodec_find_decoder(st->codecpar->codec_id);
+  const AVCodec* codec = Av().avcodec_find_decoder(st->codecpar->codec_id);
   if (!codec) return kLSourceCodecMissing;
-  dec_ = avcodec_alloc_context3(codec);
-  if (!dec_ || avcodec_parameters_to_context(dec_, st->codecpar) < 0) return kLSourceDamaged;
+  dec_ = Av().avcodec_alloc_context3(codec);
+  if (!dec_ || Av().avcodec_parameters_to_context(dec_, st->codecpar) < 0) return kLSourceDamaged;
   dec_->pkt_timebase = st->time_base;
   dec_->thread_count = 1;
-  if (avcodec_open2(dec_, codec, nullptr) < 0) return kLSourceDamaged;
+  if (Av().avcodec_open2(dec_, codec, nullptr) < 0) return kLSourceDamaged;
   return kLSourceOK;
 }
 
@@ -317,9 +315,9 @@ unsigned char LFFmpegSource::Decoder::Open(std::unique_ptr<LByteStream> byteStre
   if (!CountFromContainer() && !coarse_ && std::strcmp(fmt_->iformat->name, "ogg") != 0) {
     const AVStream* st = fmt_->streams[index_];
     if (st->duration > 0) {
-      estimate_ = av_rescale_q(st->duration, timeBase_, AVRational{1, rate_});
+      estimate_ = Av().av_rescale_q(st->duration, timeBase_, AVRational{1, rate_});
     } else if (fmt_->duration > 0) {
-      estimate_ = av_rescale_q(fmt_->duration, AV_TIME_BASE_Q, AVRational{1, rate_});
+      estimate_ = Av().av_rescale_q(fmt_->duration, AV_TIME_BASE_Q, AVRational{1, rate_});
     }
     lengthKnown_ = false;
     counting_ = true;
@@ -390,7 +388,7 @@ void LFFmpegSource::Decoder::Count() {
   const AVStream* st = fmt_->streams[index_];
   const AVCodecID id = st->codecpar->codec_id;
   if (CountFromContainer()) {
-    frameCount_ = av_rescale_q(st->duration, timeBase_, AVRational{1, rate_});
+    frameCount_ = Av().av_rescale_q(st->duration, timeBase_, AVRational{1, rate_});
     return;
   }
   // Otherwise only the decoder knows for certain how many frames come out:
@@ -410,7 +408,7 @@ void LFFmpegSource::Decoder::Count() {
   // Vorbis in Ogg ends where the last page's granule position says, which may
   // be inside the last decoded block.
   if (id == AV_CODEC_ID_VORBIS && st->duration > 0 && std::strcmp(fmt_->iformat->name, "ogg") == 0) {
-    frameCount_ = av_rescale_q(st->duration, timeBase_, AVRational{1, rate_});
+    frameCount_ = Av().av_rescale_q(st->duration, timeBase_, AVRational{1, rate_});
   }
   std::sort(table_.begin(), table_.end(), [](const Entry& a, const Entry& b) { return a.pts < b.pts; });
   std::sort(landmarks_.begin(), landmarks_.end(), [](const Landmark& a, const Landmark& b) { return a.pos < b.pos; });
@@ -419,8 +417,8 @@ void LFFmpegSource::Decoder::Count() {
 void LFFmpegSource::Decoder::ResetDecoder() {
   // A new decoder rather than a flushed one: some keep state across a flush, and
   // a reading from the start must give the same frames every time.
-  avcodec_free_context(&dec_);
-  swr_free(&swr_);
+  Av().avcodec_free_context(&dec_);
+  Av().swr_free(&swr_);
   swrFormat_ = -1;
   queueHead_ = queueFrames_ = 0;
   inputDone_ = false;
@@ -434,10 +432,11 @@ void LFFmpegSource::Decoder::Rewind() {
   at_ = 0;
   if (broken_) return;
   // Back to the first packet, if the demuxer finds it again; the skip it carried is put back.
-  if (firstPacketTime_ != AV_NOPTS_VALUE && av_seek_frame(fmt_, index_, firstPacketTime_, AVSEEK_FLAG_BACKWARD) >= 0) {
-    while (av_read_frame(fmt_, packet_) >= 0) {
+  if (firstPacketTime_ != AV_NOPTS_VALUE &&
+      Av().av_seek_frame(fmt_, index_, firstPacketTime_, AVSEEK_FLAG_BACKWARD) >= 0) {
+    while (Av().av_read_frame(fmt_, packet_) >= 0) {
       if (packet_->stream_index != index_) {
-        av_packet_unref(packet_);
+        Av().av_packet_unref(packet_);
         continue;
       }
       const bool same = PacketTime(packet_) == firstPacketTime_ && packet_->pos == firstPacketPos_;
@@ -445,17 +444,17 @@ void LFFmpegSource::Decoder::Rewind() {
         // New side data of a kind replaces what the packet carries of it; even
         // a skip of nothing would override a decoder's own, so none is given then.
         if (!firstHadSkip_) {
-          av_packet_shrink_side_data(packet_, AV_PKT_DATA_SKIP_SAMPLES, 0);
-        } else if (std::uint8_t* skip = av_packet_new_side_data(packet_, AV_PKT_DATA_SKIP_SAMPLES, 10)) {
+          Av().av_packet_shrink_side_data(packet_, AV_PKT_DATA_SKIP_SAMPLES, 0);
+        } else if (std::uint8_t* skip = Av().av_packet_new_side_data(packet_, AV_PKT_DATA_SKIP_SAMPLES, 10)) {
           std::memset(skip, 0, 10);
           AV_WL32(skip, static_cast<std::uint32_t>(firstSkipStart_));
           AV_WL32(skip + 4, static_cast<std::uint32_t>(firstSkipEnd_));
         }
-        avcodec_send_packet(dec_, packet_);
-        av_packet_unref(packet_);
+        Av().avcodec_send_packet(dec_, packet_);
+        Av().av_packet_unref(packet_);
         return;
       }
-      av_packet_unref(packet_);
+      Av().av_packet_unref(packet_);
       break;
     }
   }
@@ -470,7 +469,7 @@ bool LFFmpegSource::Decoder::NextFrame() {
   if (broken_) return false;
   for (;;) {
     if (drained_) return false;
-    int r = avcodec_receive_frame(dec_, frame_);
+    int r = Av().avcodec_receive_frame(dec_, frame_);
     if (r == 0) {
       failures_ = 0;
       return true;
@@ -484,9 +483,9 @@ bool LFFmpegSource::Decoder::NextFrame() {
       drained_ = true;
       return false;
     }
-    if (av_read_frame(fmt_, packet_) < 0) {
+    if (Av().av_read_frame(fmt_, packet_) < 0) {
       inputDone_ = true;
-      avcodec_send_packet(dec_, nullptr);
+      Av().avcodec_send_packet(dec_, nullptr);
       continue;
     }
     if (packet_->stream_index == index_) {
@@ -498,9 +497,9 @@ bool LFFmpegSource::Decoder::NextFrame() {
         firstHadSkip_ = PacketSkip(packet_, &firstSkipStart_, &firstSkipEnd_);
       }
       // A damaged packet is dropped; decoding goes on with the next.
-      (void)avcodec_send_packet(dec_, packet_);
+      (void)Av().avcodec_send_packet(dec_, packet_);
     }
-    av_packet_unref(packet_);
+    Av().av_packet_unref(packet_);
   }
 }
 
@@ -539,36 +538,36 @@ bool LFFmpegSource::Decoder::Append() {
   }
   // A stream that changes its rate or channels midway is brought to the first's
   // by the resampler, in its own sample format, so the scaling stays ours.
-  const AVSampleFormat packed = av_get_packed_sample_fmt(format);
+  const AVSampleFormat packed = Av().av_get_packed_sample_fmt(format);
   if (!swr_ || frame_->format != swrFormat_ || inRate != swrRate_ ||
-      av_channel_layout_compare(&frame_->ch_layout, &swrLayout_) != 0) {
-    swr_free(&swr_);
-    av_channel_layout_uninit(&swrLayout_);
-    av_channel_layout_copy(&swrLayout_, &frame_->ch_layout);
+      Av().av_channel_layout_compare(&frame_->ch_layout, &swrLayout_) != 0) {
+    Av().swr_free(&swr_);
+    Av().av_channel_layout_uninit(&swrLayout_);
+    Av().av_channel_layout_copy(&swrLayout_, &frame_->ch_layout);
     swrFormat_ = frame_->format;
     swrRate_ = inRate;
     AVChannelLayout in{};
     if (frame_->ch_layout.nb_channels <= 0) {
-      av_channel_layout_copy(&in, &layout_);
+      Av().av_channel_layout_copy(&in, &layout_);
     } else if (frame_->ch_layout.order == AV_CHANNEL_ORDER_UNSPEC) {
-      av_channel_layout_default(&in, frame_->ch_layout.nb_channels);
+      Av().av_channel_layout_default(&in, frame_->ch_layout.nb_channels);
     } else {
-      av_channel_layout_copy(&in, &frame_->ch_layout);
+      Av().av_channel_layout_copy(&in, &frame_->ch_layout);
     }
-    int r = swr_alloc_set_opts2(&swr_, &layout_, packed, rate_, &in, format, inRate, 0, nullptr);
-    av_channel_layout_uninit(&in);
-    if (r < 0 || swr_init(swr_) < 0) {
-      swr_free(&swr_);
+    int r = Av().swr_alloc_set_opts2(&swr_, &layout_, packed, rate_, &in, format, inRate, 0, nullptr);
+    Av().av_channel_layout_uninit(&in);
+    if (r < 0 || Av().swr_init(swr_) < 0) {
+      Av().swr_free(&swr_);
       return false;
     }
   }
-  const int room = swr_get_out_samples(swr_, frame_->nb_samples);
+  const int room = Av().swr_get_out_samples(swr_, frame_->nb_samples);
   if (room < 0) return false;
-  const size_t bytes = static_cast<size_t>(room) * ch * static_cast<size_t>(av_get_bytes_per_sample(packed));
+  const size_t bytes = static_cast<size_t>(room) * ch * static_cast<size_t>(Av().av_get_bytes_per_sample(packed));
   if (reshaped_.size() < bytes) reshaped_.resize(bytes);
   std::uint8_t* out = reshaped_.data();
   const int made =
-      swr_convert(swr_, &out, room, const_cast<const std::uint8_t**>(frame_->extended_data), frame_->nb_samples);
+      Av().swr_convert(swr_, &out, room, const_cast<const std::uint8_t**>(frame_->extended_data), frame_->nb_samples);
   if (made < 0) return false;
   const size_t n = static_cast<size_t>(made);
   if (queue_.size() < (queueFrames_ + n) * ch) queue_.resize((queueFrames_ + n) * ch);
@@ -581,7 +580,7 @@ bool LFFmpegSource::Decoder::Append() {
 bool LFFmpegSource::Decoder::ToFloat(std::uint8_t* const* data, AVSampleFormat format, size_t frames,
                                      float* out) const {
   const size_t ch = static_cast<size_t>(channels_);
-  const bool planar = av_sample_fmt_is_planar(format) != 0;
+  const bool planar = Av().av_sample_fmt_is_planar(format) != 0;
   // Packed samples convert as one run; planes one channel at a time into the interleaved order.
   auto run = [&](auto in) {
     if (!planar) {
@@ -593,7 +592,7 @@ bool LFFmpegSource::Decoder::ToFloat(std::uint8_t* const* data, AVSampleFormat f
     }
     return true;
   };
-  switch (av_get_packed_sample_fmt(format)) {
+  switch (Av().av_get_packed_sample_fmt(format)) {
     case AV_SAMPLE_FMT_U8:
       return run([](const std::uint8_t* p, size_t i) { return LSFU8::In(p + i); });
     case AV_SAMPLE_FMT_S16:
@@ -645,8 +644,8 @@ long long LFFmpegSource::Decoder::IndexOf(const AVFrame* f) const {
         std::lower_bound(table_.begin(), table_.end(), pts, [](const Entry& e, std::int64_t p) { return e.pts < p; });
     return it != table_.end() && it->pts == pts ? it->index : -1;
   }
-  const long long index = av_rescale_q_rnd(pts - basePts_, timeBase_, AVRational{1, rate_},
-                                           static_cast<AVRounding>(AV_ROUND_NEAR_INF | AV_ROUND_PASS_MINMAX));
+  const long long index = Av().av_rescale_q_rnd(pts - basePts_, timeBase_, AVRational{1, rate_},
+                                                static_cast<AVRounding>(AV_ROUND_NEAR_INF | AV_ROUND_PASS_MINMAX));
   return std::max(0LL, index);
 }
 
@@ -660,8 +659,8 @@ void LFFmpegSource::Decoder::SeekTo(long long target) {
     const long long want = target - preroll;
     preroll *= kPrerollGrowth;
     if (want <= 0) break;
-    const std::int64_t ts = basePts_ + av_rescale_q(want, AVRational{1, rate_}, timeBase_);
-    if (avformat_seek_file(fmt_, index_, INT64_MIN, ts, ts, 0) < 0) break;
+    const std::int64_t ts = basePts_ + Av().av_rescale_q(want, AVRational{1, rate_}, timeBase_);
+    if (Av().avformat_seek_file(fmt_, index_, INT64_MIN, ts, ts, 0) < 0) break;
     ResetDecoder();
     awaitLandmark_ = true;
     ptsCorrection_ = 0;
@@ -716,14 +715,19 @@ LFFmpegSource::LFFmpegSource(std::unique_ptr<Decoder> decoder, unsigned rate, in
 
 LFFmpegSource::~LFFmpegSource() = default;
 
-bool LFFmpegSource::IsAvailable() { return true; }
+bool LFFmpegSource::IsAvailable() { return LFFmpegApi::Load(); }
 
 bool LFFmpegSource::Describe(std::unique_ptr<LByteStream> stream, const char* name, LSoundFileInfo* info) {
+  if (!info || !IsAvailable()) return false;
   Decoder decoder;
-  return info && decoder.Describe(std::move(stream), name, info) == kLSourceOK;
+  return decoder.Describe(std::move(stream), name, info) == kLSourceOK;
 }
 
 LSoundSource LFFmpegSource::Open(std::unique_ptr<LByteStream> stream, const char* name, LSoundFileInfo* info) {
+  if (!IsAvailable()) {
+    if (info) info->codecName = info->codecLongName = kLFFmpegCodecName;
+    return LSoundSource::Error(kLSourceCodecMissing);
+  }
   auto decoder = std::make_unique<Decoder>();
   LSoundFileInfo scratch;
   unsigned char code = decoder->Open(std::move(stream), name, info ? info : &scratch);

@@ -21,15 +21,16 @@
 //
 // Opening fails with code 5 for what FFmpeg cannot read, code 7 (the codec named
 // in the info) for a codec this FFmpeg lacks, code 3 for a file without one
-// decodable frame, code 4 for a file that cannot be opened; a build without
-// FFmpeg answers 7 for everything.
+// decodable frame, code 4 for a file that cannot be opened. FFmpeg is loaded
+// when the first file needs it; where its libraries are missing (or the build
+// has none), everything answers 7, naming FFmpeg.
 #include <memory>
 
 #include "base/byte_stream.h"
 #include "engine/sound_source.h"
 #include "formats/sound_file_info.h"
 
-// The codec named when FFmpeg itself is missing from the build.
+// The codec named when FFmpeg itself is missing from the machine or the build.
 inline constexpr const char* kLFFmpegCodecName = "FFmpeg";
 
 class LFFmpegSource final : public LSoundSourceBase {
@@ -43,7 +44,7 @@ public:
   // Fills info from the container's headers alone, without decoding: what a
   // save needs to keep the file's format. False when FFmpeg cannot read it.
   [[nodiscard]] static bool Describe(std::unique_ptr<LByteStream> stream, const char* name, LSoundFileInfo* info);
-  // False in builds without FFmpeg.
+  // False when FFmpeg's libraries cannot be loaded; the first call loads them.
   [[nodiscard]] static bool IsAvailable();
 
   ~LFFmpegSource() override;

@@ -6,9 +6,7 @@
 #include "base/platform_file.h"
 #include "formats/id3_tag_writer.h"
 
-#ifdef SONVALE_HAVE_LAME
-#include <lame/lame.h>
-#endif
+#include "formats/lame_api.h"
 
 namespace {
 
@@ -47,11 +45,11 @@ LSNKMP3::LSNKMP3(std::unique_ptr<LByteStream> stream, const LMP3SinkFormat& form
 
 #ifdef SONVALE_HAVE_LAME
 
-bool LSNKMP3::IsAvailable() { return true; }
+bool LSNKMP3::IsAvailable() { return LLameApi::Load(); }
 
 void LSNKMP3::Start(std::unique_ptr<LByteStream> stream, const LMP3SinkFormat& format, const LFileTagDataAudio* tags) {
   stream_ = std::move(stream);
-  if (!stream_) {
+  if (!stream_ || !IsAvailable()) {
     SetError();
     return;
   }
@@ -62,27 +60,27 @@ void LSNKMP3::Start(std::unique_ptr<LByteStream> stream, const LMP3SinkFormat& f
       return;
     }
   }
-  lame_t lame = lame_init();
+  lame_t lame = Lame().lame_init();
   lame_ = lame;
   if (!lame) {
     SetError();
     return;
   }
-  lame_set_in_samplerate(lame, static_cast<int>(GetSampleRate()));
-  lame_set_out_samplerate(lame, static_cast<int>(GetSampleRate()));
-  lame_set_num_channels(lame, GetChannels());
-  lame_set_mode(lame, GetChannels() == 1 ? MONO : JOINT_STEREO);
+  Lame().lame_set_in_samplerate(lame, static_cast<int>(GetSampleRate()));
+  Lame().lame_set_out_samplerate(lame, static_cast<int>(GetSampleRate()));
+  Lame().lame_set_num_channels(lame, GetChannels());
+  Lame().lame_set_mode(lame, GetChannels() == 1 ? MONO : JOINT_STEREO);
   if (format.bitRate > 0) {
-    lame_set_VBR(lame, vbr_off);
-    lame_set_brate(lame, format.bitRate);
+    Lame().lame_set_VBR(lame, vbr_off);
+    Lame().lame_set_brate(lame, format.bitRate);
   } else {
-    lame_set_VBR(lame, vbr_default);
-    lame_set_VBR_quality(lame, static_cast<float>(std::clamp(format.vbrQuality, 0, kMaxQuality)));
+    Lame().lame_set_VBR(lame, vbr_default);
+    Lame().lame_set_VBR_quality(lame, static_cast<float>(std::clamp(format.vbrQuality, 0, kMaxQuality)));
   }
   // The info frame carries the delay and padding; the ID3 tag is ours.
-  lame_set_bWriteVbrTag(lame, 1);
-  lame_set_write_id3tag_automatic(lame, 0);
-  if (lame_init_params(lame) < 0) {
+  Lame().lame_set_bWriteVbrTag(lame, 1);
+  Lame().lame_set_write_id3tag_automatic(lame, 0);
+  if (Lame().lame_init_params(lame) < 0) {
     SetError();
     return;
   }
@@ -102,8 +100,9 @@ void LSNKMP3::Write(const float* buffer, long long frames) {
   while (frames > 0) {
     const int n = static_cast<int>(std::min<long long>(frames, kBlockFrames));
     // The interleaved call always steps by two values, so mono goes through the planar one.
-    const int made = channels == 1 ? lame_encode_buffer_ieee_float(lame, buffer, buffer, n, out_.data(), kOutBytes)
-                                   : lame_encode_buffer_interleaved_ieee_float(lame, buffer, n, out_.data(), kOutBytes);
+    const int made = channels == 1
+                         ? Lame().lame_encode_buffer_ieee_float(lame, buffer, buffer, n, out_.data(), kOutBytes)
+                         : Lame().lame_encode_buffer_interleaved_ieee_float(lame, buffer, n, out_.data(), kOutBytes);
     if (made < 0 || !stream_->WriteAll(out_.data(), made)) {
       SetError();
       return;
@@ -118,13 +117,13 @@ void LSNKMP3::Complete() {
   completed_ = true;
   if (!lame_ || HasError() || out_.empty()) return;
   auto* lame = static_cast<lame_t>(lame_);
-  const int made = lame_encode_flush(lame, out_.data(), kOutBytes);
+  const int made = Lame().lame_encode_flush(lame, out_.data(), kOutBytes);
   if (made < 0 || !stream_->WriteAll(out_.data(), made)) {
     SetError();
     return;
   }
   const long long end = stream_->Tell();
-  const size_t info = lame_get_lametag_frame(lame, out_.data(), out_.size());
+  const size_t info = Lame().lame_get_lametag_frame(lame, out_.data(), out_.size());
   if (info > 0 && info <= out_.size()) {
     if (!stream_->Seek(infoFrameAt_) || !stream_->WriteAll(out_.data(), static_cast<long long>(info))) SetError();
     if (end >= 0) (void)stream_->Seek(end);
@@ -133,7 +132,7 @@ void LSNKMP3::Complete() {
 
 LSNKMP3::~LSNKMP3() {
   Complete();
-  if (lame_) lame_close(static_cast<lame_t>(lame_));
+  if (lame_) Lame().lame_close(static_cast<lame_t>(lame_));
 }
 
 #else

@@ -7,8 +7,9 @@
 // the start. LAME's first frame is an info frame (Xing/LAME) that is written
 // again with the final counts when the sink is destroyed: it records the
 // encoder's delay and padding, so that a decoder that honours it gives back
-// exactly the frames that were written, in the same place. A build without LAME
-// and every failure raise the error flag. Complete (or destruction) flushes the
+// exactly the frames that were written, in the same place. LAME is loaded by
+// the first sink; LAME missing from the machine or the build and every failure
+// raise the error flag. Complete (or destruction) flushes the
 // encoder and writes the info frame.
 #include <cstdint>
 #include <memory>
@@ -18,7 +19,7 @@
 #include "engine/sound_sink.h"
 #include "formats/file_tag_data_audio.h"
 
-// The codec named when LAME is missing from the build.
+// The codec named when LAME is missing from the machine or the build.
 inline constexpr const char* kLMP3EncoderName = "LAME (MP3)";
 
 struct LMP3SinkFormat {
@@ -41,6 +42,7 @@ public:
 
   // The MPEG rate nearest to rate.
   [[nodiscard]] static std::uint32_t SupportedRate(std::uint32_t rate);
+  // False when LAME cannot be loaded; the first call loads it.
   [[nodiscard]] static bool IsAvailable();
 
 private:

@@ -9,9 +9,11 @@
 namespace {
 
 using EfReverseTest = EditTest;
+// Mono and stereo take loops of their own.
+class EfReverseChannelsTest : public EditTest, public ::testing::WithParamInterface<int> {};
 
-TEST_F(EfReverseTest, TheSelectionIsReadBackwardsFrameByFrameAcrossSegments) {
-  constexpr int kChannels = 3;
+TEST_P(EfReverseChannelsTest, TheSelectionIsReadBackwardsFrameByFrameAcrossSegments) {
+  const int kChannels = GetParam();
   constexpr long long kFrames = 30000;
   LCutListAudio list = PiecewiseStaircase(kFrames, kChannels, 4);
   const LCutListAudio kept = list;  // holds the items, as an undo snapshot would
@@ -38,6 +40,8 @@ TEST_F(EfReverseTest, TheSelectionIsReadBackwardsFrameByFrameAcrossSegments) {
   }
   EXPECT_EQ(CacheAudioFiles(), 5);
 }
+
+INSTANTIATE_TEST_SUITE_P(Channels, EfReverseChannelsTest, ::testing::Values(1, 2, 3));
 
 // Reads through the piece's source but reports an error from the second read on.
 class FailingSource final : public LSoundSourceBase {

@@ -111,3 +111,17 @@ TEST_F(ConvertCommand, TheOutputKeepsTheInputsDepthAndATargetThatCannotHoldWhatI
     EXPECT_EQ(std::stol(rate), 64000);
   }
 }
+
+TEST_F(ConvertCommand, WithoutFFmpegOrLameTheMissingCodecIsNamed) {
+  const std::string flac = tmp_.File("x.flac"), mp3 = tmp_.File("x.mp3");
+  if (RunSonvale({"convert", in_, flac}).status != 0) GTEST_SKIP() << "this machine has no FFmpeg";
+  // The same file, on a machine without FFmpeg's libraries.
+  CommandResult info = RunSonvale({"info", flac}, {"SONVALE_MISSING_LIBRARIES=libavcodec"});
+  EXPECT_NE(info.status, 0);
+  EXPECT_NE(info.err.find("benötigt den Codec \"FFmpeg\""), std::string::npos) << info.err;
+  CommandResult encode = RunSonvale({"convert", in_, mp3}, {"SONVALE_MISSING_LIBRARIES=libmp3lame"});
+  EXPECT_NE(encode.status, 0);
+  EXPECT_NE(encode.err.find("Der Codec \"LAME (MP3)\""), std::string::npos) << encode.err;
+  struct stat st;
+  EXPECT_NE(stat(mp3.c_str(), &st), 0);
+}
