@@ -23,11 +23,13 @@
 #include "app/ef_channel_swap.h"
 #include "app/ef_delete.h"
 #include "app/ef_effect_chain.h"
+#include "app/ef_effect_chain_cb_radio.h"
 #include "app/ef_envelope.h"
 #include "app/ef_join_channels.h"
 #include "app/ef_normalize.h"
 #include "app/ef_normalize_lossless.h"
 #include "app/ef_process_effect.h"
+#include "app/ef_reduce_vocals.h"
 #include "app/ef_reverse.h"
 #include "app/ef_stereo_pan.h"
 #include "app/file_gui.h"
@@ -175,6 +177,8 @@ SVCommandResult SVCommandDispatcher::Dispatch(const SVCommandInfo& info, const S
     case kSVCmdAmplify:
     case kSVCmdNormalize:
     case kSVCmdAutoGain:
+    case kSVCmdReduceVocals:
+    case kSVCmdCBRadio:
     case kSVCmdFadeIn:
     case kSVCmdFadeOut:
     case kSVCmdDcOffset:
@@ -471,6 +475,12 @@ SVCommandResult SVCommandDispatcher::Process(const SVCommandInfo& info, const SV
       edit = std::make_unique<SVEfAutoGainControl>(list, sel, settings);
       break;
     }
+    case kSVCmdReduceVocals:
+      edit = std::make_unique<SVEfReduceVocals>(list, sel);
+      break;
+    case kSVCmdCBRadio:
+      edit = std::make_unique<SVEfEffectChainCBRadio>(list, sel);
+      break;
     case kSVCmdFadeIn:
     case kSVCmdFadeOut:
       edit = std::make_unique<SVEfEnvelope>(list, sel,

@@ -4,6 +4,8 @@
 #include <iterator>
 
 #include "app/edit_commands.h"
+#include "app/ef_effect_chain_cb_radio.h"
+#include "app/ef_reduce_vocals.h"
 #include "app/ef_auto_gain_control.h"
 #include "app/ef_normalize_lossless.h"
 #include "app/ef_convert_channels.h"
@@ -61,6 +63,8 @@ const SVCommandInfo kTable[] = {
     {kSVCmdNormalize, "normalize", "Normalisieren", kProcesses, C::kSelection, kDoc,
      {{A::kNumber, "DB", true}, {A::kText, "LUFS", true}}},
     {kSVCmdAutoGain, "autogain", kSVAutoGainControlLabel, kProcesses, C::kSelection, kDoc, {{A::kNumber, "LUFS", true}}},
+    {kSVCmdReduceVocals, "reducevocals", kSVReduceVocalsLabel, kProcesses, C::kSelection, kStereo, {}},
+    {kSVCmdCBRadio, "cbradio", kSVCBRadioLabel, kProcesses, C::kSelection, kDoc, {}},
     {kSVCmdMp3Gain, "mp3gain", kSVNormalizeLosslessLabel, kProcesses, C::kDocument, kDoc, {{A::kNumber, "DB"}}},
     {kSVCmdFadeIn, "fadein", "Einblenden", kProcesses, C::kSelection, kDoc, {}},
     {kSVCmdFadeOut, "fadeout", "Ausblenden", kProcesses, C::kSelection, kDoc, {}},

@@ -59,6 +59,8 @@ enum SVCommandId : int {
   kSVCmdEffectList = 9516,
   kSVCmdAutoGain = 9517,
   kSVCmdMp3Gain = 9518,
+  kSVCmdReduceVocals = 9519,
+  kSVCmdCBRadio = 9520,
   kSVCmdBookmarkAdd = 9601,
   kSVCmdBookmarkDelete = 9602,
   kSVCmdBookmarks = 9603,

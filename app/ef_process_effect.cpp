@@ -1,11 +1,14 @@
 #include "app/ef_process_effect.h"
 
 #include "app/ef_advanced_compressor.h"
+#include "app/ef_am_radio.h"
 #include "app/ef_deesser.h"
 #include "app/ef_equaliser.h"
 #include "app/ef_high_pass_filter.h"
 #include "app/ef_low_pass_filter.h"
 #include "app/ef_noise_gate.h"
+#include "app/ef_telephone.h"
+#include "app/ef_voice_change.h"
 #include "effects/sound_process_type.h"
 
 LSoundSource SVEfProcessEffect::OpenSource(LSoundSource& input) {
@@ -41,6 +44,15 @@ std::unique_ptr<SVEfProcessEffect> SVEfForEffect(LCutListAudio& list, SVSelectio
       break;
     case kLSPTypeDeesser2:
       label = kSVDeesserLabel;
+      break;
+    case kLSPTypeAMRadio:
+      label = kSVAmRadioLabel;
+      break;
+    case kLSPTypeTelephone:
+      label = kSVTelephoneLabel;
+      break;
+    case kLSPTypeVoicePitch:
+      label = kSVVoiceChangeLabel;
       break;
     default:
       break;

@@ -45,6 +45,42 @@ TEST_F(EfEffectOperationsTest, AHighPassRunsAsHochpassFilterAndALowPassOnABandLe
   EXPECT_NEAR(Db(ToneAmplitude(out, 22050, 4410, 100, kRate) / 0.25), 0.0, 0.5);
 }
 
+TEST_F(EfEffectOperationsTest, VoicesAreReducedAndTheReadyEffectsRunUnderTheirOwnLabels) {
+  // A 1 kHz voice in the middle, a 3 kHz tone on the left alone.
+  const std::vector<float> voice = Tones({{1000, 0.25}}, kFrames, kRate);
+  const std::vector<float> side = Tones({{3000, 0.25}}, kFrames, kRate);
+  std::vector<float> stereo(2 * kFrames);
+  for (long long f = 0; f < kFrames; ++f) {
+    stereo[2 * f] = voice[f] + side[f];
+    stereo[2 * f + 1] = voice[f];
+  }
+  SVFileGUI* window = NewDocument(DocListOf(stereo, 2));
+  SVFile& file = *window->File();
+  SVCommandDispatcher commands(Dialog());
+  ASSERT_EQ(commands.Run(kSVCmdReduceVocals).result, kLProcessSuccess);
+  EXPECT_STREQ(file.UndoEntry(file.UndoIndexCurrent()).description, "Stimmen reduzieren");
+  const std::vector<float> out = DocReadAll(file.CutList());
+  std::vector<float> left(kFrames), right(kFrames);
+  for (long long f = 0; f < kFrames; ++f) {
+    left[f] = out[2 * f];
+    right[f] = out[2 * f + 1];
+  }
+  EXPECT_LT(Db(ToneAmplitude(left, 22050, 4410, 1000, kRate) / 0.25), -25.0);
+  EXPECT_LT(Db(ToneAmplitude(right, 22050, 4410, 1000, kRate) / 0.25), -25.0);
+  EXPECT_NEAR(Db(ToneAmplitude(left, 22050, 4410, 3000, kRate) / 0.25), 0.0, 1.0);
+
+  ASSERT_EQ(commands.Run(kSVCmdCBRadio).result, kLProcessSuccess);
+  EXPECT_STREQ(file.UndoEntry(file.UndoIndexCurrent()).description, "CB-Funk");
+  for (const auto& [word, label] : {std::pair{"amradio", "MW-Radioeffekt"}, std::pair{"telefon", "Telefoneffekt"},
+                                    std::pair{"stimmenverzerrer", "Stimmenverzerrer"}}) {
+    SVCommandArgs args;
+    args.texts = {word};
+    const SVCommandResult result = commands.Run(kSVCmdEffect, args);
+    ASSERT_EQ(result.result, kLProcessSuccess) << word << ": " << result.message;
+    EXPECT_STREQ(file.UndoEntry(file.UndoIndexCurrent()).description, label);
+  }
+}
+
 TEST_F(EfEffectOperationsTest, EffectListAnswersTheListingOfTheEffects) {
   SVCommandDispatcher commands(Dialog());
   const SVCommandResult listed = commands.Run(kSVCmdEffectList);
