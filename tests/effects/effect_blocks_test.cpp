@@ -42,3 +42,6 @@ TEST_P(EffectBlocks, OddBlocksGiveWhatOneBlockGivesAndASeekLandsInPlace) {
 INSTANTIATE_TEST_SUITE_P(Dynamics, EffectBlocks,
                          testing::Values(kLSPTypeDRCPointLine, kLSPTypeMultiBandNoiseGating, kLSPTypeDeesser2));
 INSTANTIATE_TEST_SUITE_P(Equalisers, EffectBlocks, testing::Values(kLSPTypeGraphicEqBand, kLSPTypeEqPointLine));
+INSTANTIATE_TEST_SUITE_P(Modulation, EffectBlocks,
+                         testing::Values(kLSPTypeChorus, kLSPTypeFlanger, kLSPTypeTremolo, kLSPTypeVibrato));
+INSTANTIATE_TEST_SUITE_P(Character, EffectBlocks, testing::Values(kLSPTypeDistortion, kLSPTypeReverb3));

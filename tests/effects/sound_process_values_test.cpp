@@ -21,7 +21,9 @@ TEST(SoundProcessValues, EveryPresetOfEveryEffectRoundTripsThroughAChainFile) {
   for (int type : {kLSPTypeDRCSimple, kLSPTypeHighPass, kLSPTypeParametricEqBand, kLSPTypeLowPass,
                    kLSPTypeEqSimple3Band, kLSPTypeNoiseGate, kLSPTypeDRCPointLine,
                    kLSPTypeGraphicEqBand, kLSPTypeDeesser2, kLSPTypeEqPointLine,
-                   kLSPTypeMultiBandNoiseGating}) {
+                   kLSPTypeMultiBandNoiseGating,
+                   kLSPTypeChorus, kLSPTypeDistortion, kLSPTypeFlanger, kLSPTypeReverb3, kLSPTypeTremolo,
+                   kLSPTypeVibrato}) {
     std::unique_ptr<LSoundProcess> probe = LSoundProcessTypeRowOf(type)->make();
     ASSERT_GT(probe->GetNumPresets(), 1) << type;
     EXPECT_EQ(probe->GetIndexInPreset(), -1) << "the defaults are no preset";
