@@ -5,15 +5,21 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/bench_support.h"
+#include "effects/chorus.h"
 #include "effects/deesser.h"
+#include "effects/distortion.h"
 #include "effects/drc_point_line.h"
 #include "effects/echo.h"
 #include "effects/eq.h"
 #include "effects/eq_point_line.h"
+#include "effects/flanger.h"
 #include "effects/gain.h"
 #include "effects/graphic_eq.h"
 #include "effects/multiband_gate.h"
 #include "effects/point_list.h"
+#include "effects/reverb.h"
+#include "effects/tremolo.h"
+#include "effects/vibrato.h"
 #include "engine/source_to_sink.h"
 
 namespace {
@@ -115,6 +121,49 @@ void BM_MultiBandGate(benchmark::State& state) {
   ReadRealTime(state, gate);
 }
 BENCHMARK(BM_MultiBandGate)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+// Delay, modulation, reverb and character, each over ten minutes at a typical preset.
+void BM_Chorus(benchmark::State& state) {
+  LSPChorus chorus;
+  chorus.SetPreset(2);  // four voices
+  ReadRealTime(state, chorus);
+}
+BENCHMARK(BM_Chorus)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+void BM_Distortion(benchmark::State& state) {
+  LSPDistortion distortion;
+  distortion.SetPreset(1);
+  ReadRealTime(state, distortion);
+}
+BENCHMARK(BM_Distortion)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+void BM_Flanger(benchmark::State& state) {
+  LSPFlanger flanger;
+  flanger.SetPreset(1);
+  ReadRealTime(state, flanger);
+}
+BENCHMARK(BM_Flanger)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+void BM_Reverb(benchmark::State& state) {
+  LSPReverb3 reverb;
+  reverb.SetPreset(2);
+  ReadRealTime(state, reverb);
+}
+BENCHMARK(BM_Reverb)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+void BM_Tremolo(benchmark::State& state) {
+  LSPTremolo tremolo;
+  tremolo.SetPreset(3);  // the two channels apart
+  ReadRealTime(state, tremolo);
+}
+BENCHMARK(BM_Tremolo)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+void BM_Vibrato(benchmark::State& state) {
+  LSPVibrato vibrato;
+  vibrato.SetPreset(1);
+  ReadRealTime(state, vibrato);
+}
+BENCHMARK(BM_Vibrato)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
 
 // The noise alone: what the numbers above include for their input.
 void BM_NoiseInput(benchmark::State& state) {

@@ -45,6 +45,10 @@ LSRCChorus::LSRCChorus(const LSoundSource& input, const LChorusSettings& setting
   delay_ = s_.delayMs * perMs;
   depth_ = s_.depthMs * perMs;
   lines_.assign(GetChannels(), LModulatedDelay(delay_ + depth_ + 4.0));
+  for (int side = 0; side < std::min<int>(GetChannels(), 2); ++side)
+    for (int v = 0; v < s_.voices; ++v)
+      lfos_.emplace_back(s_.hz * (1.0 + kVoiceRateStep * v), GetSampleRate(),
+                         static_cast<double>(v) / s_.voices + side * 0.25);
 }
 
 void LSRCChorus::Reset() {
@@ -55,20 +59,18 @@ long long LSRCChorus::Preroll() const { return static_cast<long long>(delay_ + d
 
 void LSRCChorus::Process(float* buffer, long long frames, long long first) {
   const int channels = GetChannels();
-  const double rate = GetSampleRate();
+  const int voices = s_.voices;
   const float dry = static_cast<float>(1.0 - s_.mix);
   const float wet = static_cast<float>(s_.mix / s_.voices);
   for (long long i = 0; i < frames; ++i) {
     float* frame = buffer + i * channels;
     for (int c = 0; c < channels; ++c) lines_[c].Push(frame[c]);
+    double delays[8];
+    for (std::size_t l = 0; l < lfos_.size(); ++l) delays[l] = delay_ + 1.0 + depth_ * lfos_[l].At(first + i);
     for (int c = 0; c < channels; ++c) {
       float sum = 0.0f;
-      for (int v = 0; v < s_.voices; ++v) {
-        const double phase = LLfoPhase(s_.hz * (1.0 + kVoiceRateStep * v), rate, first + i,
-                                       static_cast<double>(v) / s_.voices + (c % 2) * 0.25);
-        // Read(1) is the frame just pushed.
-        sum += lines_[c].Read(delay_ + 1.0 + depth_ * LLfoSine(phase));
-      }
+      // Read(1) is the frame just pushed.
+      for (int v = 0; v < voices; ++v) sum += lines_[c].Read(delays[(c % 2) * voices + v]);
       frame[c] = dry * frame[c] + wet * sum;
     }
   }

@@ -47,4 +47,5 @@ private:
   LChorusSettings s_;
   double delay_, depth_;  // in frames
   std::vector<LModulatedDelay> lines_;
+  std::vector<LLfo> lfos_;  // voice by voice, the first channel's then the second's
 };

@@ -43,6 +43,9 @@ LSRCFlanger::LSRCFlanger(const LSoundSource& input, const LFlangerSettings& sett
   delay_ = s_.delayMs * perMs;
   depth_ = s_.depthMs * perMs;
   lines_.assign(GetChannels(), LModulatedDelay(delay_ + depth_ + 4.0));
+  // A quarter turn on, the sine is the cosine the sweep starts its rise from.
+  for (int side = 0; side < std::min<int>(GetChannels(), 2); ++side)
+    lfos_.emplace_back(s_.hz, GetSampleRate(), 0.25 + side * 0.25);
 }
 
 void LSRCFlanger::Reset() {
@@ -56,16 +59,16 @@ long long LSRCFlanger::Preroll() const {
 
 void LSRCFlanger::Process(float* buffer, long long frames, long long first) {
   const int channels = GetChannels();
-  const double rate = GetSampleRate();
   const float dry = static_cast<float>(1.0 - s_.mix);
   const float wet = static_cast<float>(s_.mix);
   const float feedback = static_cast<float>(s_.feedback);
   for (long long i = 0; i < frames; ++i) {
     float* frame = buffer + i * channels;
+    double delays[2];
+    for (std::size_t l = 0; l < lfos_.size(); ++l) delays[l] = delay_ + depth_ * 0.5 * (1.0 - lfos_[l].At(first + i));
     for (int c = 0; c < channels; ++c) {
-      const double phase = LLfoPhase(s_.hz, rate, first + i, (c % 2) * 0.25);
       // Read(1) is the newest frame in the line, one before this one.
-      const float delayed = lines_[c].Read(delay_ + depth_ * 0.5 * (1.0 - std::cos(2.0 * std::numbers::pi * phase)));
+      const float delayed = lines_[c].Read(delays[c % 2]);
       lines_[c].Push(frame[c] + feedback * delayed);
       frame[c] = dry * frame[c] + wet * delayed;
     }

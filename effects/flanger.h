@@ -47,4 +47,5 @@ private:
   LFlangerSettings s_;
   double delay_, depth_;  // in frames
   std::vector<LModulatedDelay> lines_;
+  std::vector<LLfo> lfos_;  // the first channel's, the second's
 };

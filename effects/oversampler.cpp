@@ -27,28 +27,21 @@ int HalfLength(double db, double transition) {
 
 constexpr double kStopDb = 90.0;
 
-// Dot product in four running sums, which the compiler can keep in vector registers.
-float Dot(const float* a, const float* b, int n) {
-  float s0 = 0, s1 = 0, s2 = 0, s3 = 0;
-  int i = 0;
-  for (; i + 4 <= n; i += 4) {
-    s0 += a[i] * b[i];
-    s1 += a[i + 1] * b[i + 1];
-    s2 += a[i + 2] * b[i + 2];
-    s3 += a[i + 3] * b[i + 3];
+// sum[j] += gain * taps[q] * line[from + j - q] over the taps, for j < n: the
+// history lies before `from`.
+void Convolve(const std::vector<float>& taps, const float* line, int from, int n, float gain, float* sum) {
+  std::fill(sum, sum + n, 0.0f);
+  const int count = static_cast<int>(taps.size());
+  for (int q = 0; q < count; ++q) {
+    const float c = gain * taps[q];
+    const float* x = line + from - q;
+    for (int j = 0; j < n; ++j) sum[j] += c * x[j];
   }
-  for (; i < n; ++i) s0 += a[i] * b[i];
-  return (s0 + s1) + (s2 + s3);
 }
 
-// Writes x into a history kept twice over and answers the start of the window
-// whose last sample is x.
-const float* Push(std::vector<float>& line, int& at, int length, float x) {
-  line[at] = x;
-  line[at + length] = x;
-  const float* window = &line[at + 1];
-  if (++at == length) at = 0;
-  return window;
+// Keeps the last `keep` samples of a run as the history of the next.
+void KeepHistory(std::vector<float>& line, int keep, int n) {
+  std::copy(line.begin() + n, line.begin() + n + keep, line.begin());
 }
 
 }  // namespace
@@ -64,41 +57,45 @@ LOversampler::Stage::Stage(int half) : half_(half) {
     const double window = BesselI0(beta * std::sqrt(std::max(0.0, 1.0 - r * r))) / BesselI0(beta);
     taps_[q] = static_cast<float>(std::sin(std::numbers::pi * k / 2.0) / (std::numbers::pi * k) * window);
   }
-  // The history windows read oldest first, so the taps go in reverse.
-  std::reverse(taps_.begin(), taps_.end());
-  upLine_.assign(2 * taps, 0.0f);
-  evenLine_.assign(2 * taps, 0.0f);
-  oddLine_.assign(2 * ((half + 1) / 2 + 1), 0.0f);
+  Reset();
 }
 
 void LOversampler::Stage::Reset() {
-  std::fill(upLine_.begin(), upLine_.end(), 0.0f);
-  std::fill(evenLine_.begin(), evenLine_.end(), 0.0f);
-  std::fill(oddLine_.begin(), oddLine_.end(), 0.0f);
-  upAt_ = evenAt_ = oddAt_ = 0;
+  const int history = static_cast<int>(taps_.size()) - 1;
+  up_.assign(static_cast<std::size_t>(history), 0.0f);
+  even_.assign(static_cast<std::size_t>(history), 0.0f);
+  odd_.assign(static_cast<std::size_t>((half_ + 1) / 2), 0.0f);
 }
 
 void LOversampler::Stage::Up(const float* in, int n, float* out) {
-  const int taps = static_cast<int>(taps_.size());
+  const int history = static_cast<int>(taps_.size()) - 1;
+  up_.resize(static_cast<std::size_t>(history + n));
+  sum_.resize(static_cast<std::size_t>(n));
+  std::copy(in, in + n, up_.begin() + history);
+  Convolve(taps_, up_.data(), history, n, 2.0f, sum_.data());
   // The middle tap of the half-band, 0.5 doubled, lands on the odd outputs as the input (half - 1) / 2 back.
-  const int back = (half_ - 1) / 2;
+  const float* late = up_.data() + history - (half_ - 1) / 2;
   for (int j = 0; j < n; ++j) {
-    const float* window = Push(upLine_, upAt_, taps, in[j]);
-    out[2 * j] = 2.0f * Dot(window, taps_.data(), taps);
-    out[2 * j + 1] = window[taps - 1 - back];
+    out[2 * j] = sum_[j];
+    out[2 * j + 1] = late[j];
   }
+  KeepHistory(up_, history, n);
 }
 
 void LOversampler::Stage::Down(const float* in, int n, float* out) {
-  const int taps = static_cast<int>(taps_.size());
-  const int oddLength = static_cast<int>(oddLine_.size()) / 2;
+  const int history = static_cast<int>(taps_.size()) - 1;
   // The middle tap meets the odd sample (half + 1) / 2 before this frame's.
   const int back = (half_ + 1) / 2;
+  even_.resize(static_cast<std::size_t>(history + n));
+  odd_.resize(static_cast<std::size_t>(back + n));
   for (int j = 0; j < n; ++j) {
-    const float* even = Push(evenLine_, evenAt_, taps, in[2 * j]);
-    const float* odd = Push(oddLine_, oddAt_, oddLength, in[2 * j + 1]);
-    out[j] = Dot(even, taps_.data(), taps) + 0.5f * odd[oddLength - 1 - back];
+    even_[history + j] = in[2 * j];
+    odd_[back + j] = in[2 * j + 1];
   }
+  Convolve(taps_, even_.data(), history, n, 1.0f, out);
+  for (int j = 0; j < n; ++j) out[j] += 0.5f * odd_[j];
+  KeepHistory(even_, history, n);
+  KeepHistory(odd_, back, n);
 }
 
 LOversampler::LOversampler() {
@@ -110,7 +107,7 @@ LOversampler::LOversampler() {
   int high = 0;  // the round trip's delay in high-rate samples
   for (std::size_t s = 0; s < stages_.size(); ++s) high += 2 * stages_[s].Half() << (stages_.size() - 1 - s);
   const int extra = (kLOversampleFactor - high % kLOversampleFactor) % kLOversampleFactor;
-  pad_.assign(static_cast<std::size_t>(2 * (extra + 1)), 0.0f);
+  pad_.assign(static_cast<std::size_t>(extra), 0.0f);
   latency_ = (high + extra) / kLOversampleFactor;
 }
 
@@ -126,9 +123,12 @@ void LOversampler::Up(const float* in, int n, float* out) {
   stages_[0].Up(in, n, a_.data());
   stages_[1].Up(a_.data(), 2 * n, b_.data());
   stages_[2].Up(b_.data(), 4 * n, out);
-  const int length = static_cast<int>(pad_.size()) / 2;
-  if (length > 1) {
-    for (int i = 0; i < 8 * n; ++i) out[i] = *Push(pad_, padAt_, length, out[i]);
+  if (!pad_.empty()) {
+    const int length = static_cast<int>(pad_.size());
+    for (int i = 0; i < 8 * n; ++i) {
+      std::swap(out[i], pad_[padAt_]);
+      if (++padAt_ == length) padAt_ = 0;
+    }
   }
 }
 

@@ -23,7 +23,8 @@ public:
 
   int Latency() const { return latency_; }
 
-  // One half-band stage: doubling or halving the rate of one stream.
+  // One half-band stage: doubling or halving the rate of one stream. It works on
+  // whole runs, tap by tap across the run, which the compiler turns into vector code.
   class Stage {
   public:
     // `half` taps either side of the middle, odd.
@@ -36,9 +37,8 @@ public:
   private:
     int half_;
     std::vector<float> taps_;  // the even taps of the causal filter, the odd ones lie on zeros
-    // Histories kept twice over so the window before each write is one run.
-    std::vector<float> upLine_, evenLine_, oddLine_;
-    int upAt_ = 0, evenAt_ = 0, oddAt_ = 0;
+    // Each run of samples with the history the filter reaches back into before it.
+    std::vector<float> up_, even_, odd_, sum_;
   };
 
 private:

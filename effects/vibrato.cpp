@@ -39,7 +39,7 @@ LSoundSource LSPVibrato::OpenSource(LSoundSource& input) {
 }
 
 LSRCVibrato::LSRCVibrato(const LSoundSource& input, double hz, double cents)
-    : LSoundProcessLatent(input, LatencyOf(input, hz, cents)), hz_(hz) {
+    : LSoundProcessLatent(input, LatencyOf(input, hz, cents)), lfo_(hz, GetSampleRate(), 0.0) {
   swing_ = Swing(hz, cents, GetSampleRate());
   lines_.assign(GetChannels(), LModulatedDelay(2.0 * static_cast<double>(Latency()) + 4.0));
 }
@@ -50,11 +50,10 @@ void LSRCVibrato::Reset() {
 
 void LSRCVibrato::Process(float* buffer, long long frames, long long first) {
   const int channels = GetChannels();
-  const double rate = GetSampleRate();
   const double middle = static_cast<double>(Latency()) + 1.0;
   for (long long i = 0; i < frames; ++i) {
     float* frame = buffer + i * channels;
-    const double delay = middle - swing_ * LLfoSine(LLfoPhase(hz_, rate, first + i));
+    const double delay = middle - swing_ * lfo_.At(first + i);
     for (int c = 0; c < channels; ++c) {
       lines_[c].Push(frame[c]);
       frame[c] = lines_[c].Read(delay);

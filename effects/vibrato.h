@@ -33,7 +33,7 @@ protected:
   void Reset() override;
 
 private:
-  double hz_;
   double swing_;  // frames the read position moves either way
   std::vector<LModulatedDelay> lines_;
+  LLfo lfo_;
 };
