@@ -7,13 +7,14 @@
 #include "effect_test_sources.h"
 #include "effects/reverb.h"
 
-TEST(Reverb, AClickDiesAwayBy60DbInTheSetTimeDecorrelatedAndPastTheEndOfTheSound) {
+TEST(Reverb, AClickDiesAwayBy60DbInTheSetTimeDecorrelatedPastTheEndOfTheSoundAndDampedInItsHighs) {
   constexpr std::uint32_t kRate = 44100;
   constexpr long long kInput = kRate / 2;
+  double brightness[2] = {};  // of the late tail, without and with damping
   for (double seconds : {0.8, 2.5}) {
     LSPReverb3 reverb;
     reverb.SetValue(kLSPReverbTime, seconds);
-    reverb.SetValue(kLSPReverbDamping, 0.0);
+    reverb.SetValue(kLSPReverbDamping, seconds > 1 ? 80.0 : 0.0);
     reverb.SetValue(kLSPReverbPreDelay, 0.0);
     reverb.SetValue(kLSPReverbMix, 100.0);
     std::vector<float> click(2 * kInput);
@@ -45,5 +46,14 @@ TEST(Reverb, AClickDiesAwayBy60DbInTheSetTimeDecorrelatedAndPastTheEndOfTheSound
     // The tail past the input's end still carries what the decay leaves there.
     const double tail = left[kInput + kRate / 10] / left[0];
     EXPECT_GT(tail, std::pow(10.0, -6.0 * (kInput + kRate / 10.0) / kRate / seconds * 1.3)) << seconds;
+
+    // The share of the highs in the tail, from the energy of the steps between frames.
+    double steps = 0, all = 0;
+    for (long long i = kRate / 4; i < kRate / 2; ++i) {
+      steps += std::pow(double(y[2 * i]) - y[2 * i - 2], 2);
+      all += double(y[2 * i]) * y[2 * i];
+    }
+    brightness[seconds > 1] = steps / all;
   }
+  EXPECT_LT(brightness[1], brightness[0] / 3.0) << "the damped highs die sooner";
 }
