@@ -2,6 +2,7 @@
 // The pieces the modulation effects share: a delay line read at a fractional,
 // moving delay, and a low-frequency oscillator tied to the frame position so
 // that a seek lands on the same phase as reading straight through.
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <numbers>
@@ -22,20 +23,22 @@ public:
     while (static_cast<double>(size) < maxDelay + 8) size *= 2;
     line_.assign(size, 0.0f);
     mask_ = size - 1;
-    write_ = 0;
+    write_ = size;
   }
   void Clear() {
     std::fill(line_.begin(), line_.end(), 0.0f);
-    write_ = 0;
+    write_ = line_.size();
   }
   void Push(float x) { line_[write_++ & mask_] = x; }
 
+  // `delay` no more than the line was made for.
   float Read(double delay) const {
-    delay = std::fmax(delay, kMinDelay);
+    delay = std::max(delay, kMinDelay);
+    // The write index starts a whole line in, so the spot is never before 0 and
+    // cutting off its fraction is its floor.
     const double at = static_cast<double>(write_) - delay;
-    const double whole = std::floor(at);
-    const float f = static_cast<float>(at - whole);
-    const std::size_t i = static_cast<std::size_t>(static_cast<long long>(whole));
+    const std::size_t i = static_cast<std::size_t>(at);
+    const float f = static_cast<float>(at - static_cast<double>(i));
     const float xm = line_[(i - 1) & mask_], x0 = line_[i & mask_], x1 = line_[(i + 1) & mask_],
                 x2 = line_[(i + 2) & mask_];
     const float c1 = 0.5f * (x1 - xm);

@@ -114,21 +114,20 @@ LOversampler::LOversampler() {
 void LOversampler::Reset() {
   for (Stage& stage : stages_) stage.Reset();
   std::fill(pad_.begin(), pad_.end(), 0.0f);
-  padAt_ = 0;
 }
 
 void LOversampler::Up(const float* in, int n, float* out) {
   a_.resize(static_cast<std::size_t>(n) * kLOversampleFactor);
-  b_.resize(a_.size());
+  b_.resize(a_.size() + pad_.size());
   stages_[0].Up(in, n, a_.data());
   stages_[1].Up(a_.data(), 2 * n, b_.data());
   stages_[2].Up(b_.data(), 4 * n, out);
   if (!pad_.empty()) {
-    const int length = static_cast<int>(pad_.size());
-    for (int i = 0; i < 8 * n; ++i) {
-      std::swap(out[i], pad_[padAt_]);
-      if (++padAt_ == length) padAt_ = 0;
-    }
+    const int high = kLOversampleFactor * n, extra = static_cast<int>(pad_.size());
+    std::copy(pad_.begin(), pad_.end(), b_.begin());
+    std::copy(out, out + high, b_.begin() + extra);
+    std::copy(b_.begin(), b_.begin() + high, out);
+    std::copy(b_.begin() + high, b_.begin() + high + extra, pad_.begin());
   }
 }
 

@@ -45,6 +45,5 @@ private:
   std::vector<Stage> stages_;  // lowest rate first
   std::vector<float> a_, b_;   // scratch between stages
   std::vector<float> pad_;     // high-rate delay that makes the latency whole
-  int padAt_ = 0;
   int latency_ = 0;
 };
