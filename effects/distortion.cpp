@@ -26,15 +26,65 @@ constexpr LSPValueTable kTable{kLSPTypeDistortion, kSpecs, kPresets};
 
 // Frames run through the filters at a time.
 constexpr int kBlock = 256;
-// Where the tube curve sits on the soft one: off its middle.
-constexpr float kTubeBias = 0.4f;
 constexpr double kDcHz = 10.0;
 
-// A rational curve close to tanh that meets the rails at +-3 with a level
-// tangent, cheaper than tanh or a square root.
-float Soft(float x) {
-  x = std::clamp(x, -3.0f, 3.0f);
-  return x * (27.0f + x * x) / (27.0f + 9.0f * x * x);
+// The curves with their antiderivatives. Each meets its rails with a level
+// tangent; the soft one also with no bend, so its knee is rounder.
+struct HardCurve {
+  static double F(double x) {
+    if (x >= 1.0) return 1.0;
+    if (x <= -1.0) return -1.0;
+    return 1.5 * x - 0.5 * x * x * x;
+  }
+  static double A(double x) {
+    if (std::abs(x) >= 1.0) return std::abs(x) - 0.375;
+    const double x2 = x * x;
+    return 0.75 * x2 - 0.125 * x2 * x2;
+  }
+};
+
+struct SoftCurve {
+  // A quintic over twice the hard curve's width.
+  static double F(double x) {
+    const double u = 0.5 * x;
+    if (u >= 1.0) return 1.0;
+    if (u <= -1.0) return -1.0;
+    const double u2 = u * u;
+    return u * (15.0 - 10.0 * u2 + 3.0 * u2 * u2) / 8.0;
+  }
+  static double A(double x) {
+    const double u = 0.5 * x;
+    if (std::abs(u) >= 1.0) return 2.0 * (std::abs(u) - 0.3125);
+    const double u2 = u * u;
+    return 2.0 * u2 * (7.5 - 2.5 * u2 + 0.5 * u2 * u2) / 8.0;
+  }
+};
+
+// The soft curve off its middle, so the two half-waves bend unequally.
+struct TubeCurve {
+  static constexpr double kBias = 0.4;
+  static double F(double x) { return (SoftCurve::F(x + kBias) - SoftCurve::F(kBias)) / (1.0 + SoftCurve::F(kBias)); }
+  static double A(double x) {
+    return (SoftCurve::A(x + kBias) - SoftCurve::A(kBias) - SoftCurve::F(kBias) * x) / (1.0 + SoftCurve::F(kBias));
+  }
+};
+
+// The curve applied as the mean of its values between one sample and the next
+// (the difference of its antiderivative over the difference of the samples):
+// what the corners of a hard-driven curve would fold back is smoothed away
+// before it can, which the oversampling alone does not manage at high drive.
+template <class Curve>
+void ShapeRun(float* high, int n, double drive, double& previous) {
+  double last = previous, lastA = Curve::A(last);
+  for (int i = 0; i < n; ++i) {
+    const double x = drive * high[i];
+    const double a = Curve::A(x);
+    const double step = x - last;
+    high[i] = static_cast<float>(std::abs(step) > 1e-6 ? (a - lastA) / step : Curve::F(0.5 * (x + last)));
+    last = x;
+    lastA = a;
+  }
+  previous = last;
 }
 
 }  // namespace
@@ -54,7 +104,7 @@ LSoundSource LSPDistortion::OpenSource(LSoundSource& input) {
 LSRCDistortion::LSRCDistortion(const LSoundSource& input, const LDistortionSettings& settings)
     : LSoundProcessLatent(input, LOversampler().Latency()), s_(settings) {
   const double rate = GetSampleRate();
-  drive_ = static_cast<float>(std::pow(10.0, s_.driveDb / 20.0));
+  drive_ = std::pow(10.0, s_.driveDb / 20.0);
   output_ = static_cast<float>(std::pow(10.0, s_.outputDb / 20.0));
   tone_ = LBiquad::LowPass(rate, std::min(s_.toneHz, 0.45 * rate), std::numbers::sqrt2 / 2);
   dcPole_ = std::exp(-2.0 * std::numbers::pi * kDcHz / rate);
@@ -70,28 +120,20 @@ void LSRCDistortion::Reset() {
     c.oversampler.Reset();
     std::fill(c.dry.begin(), c.dry.end(), 0.0f);
     c.dryAt = 0;
-    c.tone1 = c.tone2 = c.dcIn = c.dcOut = 0;
+    c.tone1 = c.tone2 = c.dcIn = c.dcOut = c.shaped = 0;
   }
 }
 
-void LSRCDistortion::Shape(float* high, int n) const {
-  const float drive = drive_;
+void LSRCDistortion::Shape(float* high, int n, double& previous) const {
   switch (s_.curve) {
     case kLSPCurveHard:
-      // A cubic that meets the rails with a level tangent: hard, yet smooth enough
-      // that its harmonics fall fast.
-      for (int i = 0; i < n; ++i) {
-        const float x = std::clamp(drive * high[i], -1.0f, 1.0f);
-        high[i] = 1.5f * x - 0.5f * x * x * x;
-      }
+      ShapeRun<HardCurve>(high, n, drive_, previous);
       break;
-    case kLSPCurveTube: {
-      const float offset = Soft(kTubeBias), scale = 1.0f / (1.0f + Soft(kTubeBias));
-      for (int i = 0; i < n; ++i) high[i] = (Soft(drive * high[i] + kTubeBias) - offset) * scale;
+    case kLSPCurveTube:
+      ShapeRun<TubeCurve>(high, n, drive_, previous);
       break;
-    }
     default:
-      for (int i = 0; i < n; ++i) high[i] = Soft(drive * high[i]);
+      ShapeRun<SoftCurve>(high, n, drive_, previous);
   }
 }
 
@@ -106,7 +148,7 @@ void LSRCDistortion::Process(float* buffer, long long frames, long long) {
       Channel& c = channels_[ch];
       for (int i = 0; i < n; ++i) in_[i] = block[i * channels + ch];
       c.oversampler.Up(in_.data(), n, high_.data());
-      Shape(high_.data(), n * kLOversampleFactor);
+      Shape(high_.data(), n * kLOversampleFactor, c.shaped);
       c.oversampler.Down(high_.data(), n, out_.data());
       for (int i = 0; i < n; ++i) {
         // Tone: transposed direct form II; then the blocker of direct current.

