@@ -5,24 +5,30 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/bench_support.h"
+#include "effects/am_radio.h"
+#include "effects/cb_radio_chain.h"
+#include "effects/chorus.h"
 #include "effects/deesser.h"
+#include "effects/distortion.h"
+#include "effects/doppler.h"
 #include "effects/drc_point_line.h"
 #include "effects/echo.h"
 #include "effects/eq.h"
 #include "effects/eq_point_line.h"
+#include "effects/flanger.h"
 #include "effects/gain.h"
 #include "effects/graphic_eq.h"
 #include "effects/multiband_gate.h"
-#include "effects/point_list.h"
-#include "engine/source_to_sink.h"
-#include "effects/am_radio.h"
-#include "effects/cb_radio_chain.h"
-#include "effects/doppler.h"
 #include "effects/phaser.h"
+#include "effects/point_list.h"
 #include "effects/reduce_vocals.h"
+#include "effects/reverb.h"
 #include "effects/telephone.h"
+#include "effects/tremolo.h"
+#include "effects/vibrato.h"
 #include "effects/voice_pitch.h"
 #include "effects/wahwah.h"
+#include "engine/source_to_sink.h"
 
 namespace {
 
@@ -189,6 +195,49 @@ void BM_CBRadioChain(benchmark::State& state) {
   ReadOpenedRealTime(state, chain.OpenSource(input));
 }
 BENCHMARK(BM_CBRadioChain)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+// Delay, modulation, reverb and character, each over ten minutes at a typical preset.
+void BM_Chorus(benchmark::State& state) {
+  LSPChorus chorus;
+  chorus.SetPreset(2);  // four voices
+  ReadRealTime(state, chorus);
+}
+BENCHMARK(BM_Chorus)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+void BM_Distortion(benchmark::State& state) {
+  LSPDistortion distortion;
+  distortion.SetPreset(1);
+  ReadRealTime(state, distortion);
+}
+BENCHMARK(BM_Distortion)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+void BM_Flanger(benchmark::State& state) {
+  LSPFlanger flanger;
+  flanger.SetPreset(1);
+  ReadRealTime(state, flanger);
+}
+BENCHMARK(BM_Flanger)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+void BM_Reverb(benchmark::State& state) {
+  LSPReverb3 reverb;
+  reverb.SetPreset(2);
+  ReadRealTime(state, reverb);
+}
+BENCHMARK(BM_Reverb)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+void BM_Tremolo(benchmark::State& state) {
+  LSPTremolo tremolo;
+  tremolo.SetPreset(3);  // the two channels apart
+  ReadRealTime(state, tremolo);
+}
+BENCHMARK(BM_Tremolo)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+void BM_Vibrato(benchmark::State& state) {
+  LSPVibrato vibrato;
+  vibrato.SetPreset(1);
+  ReadRealTime(state, vibrato);
+}
+BENCHMARK(BM_Vibrato)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
 
 // The noise alone: what the numbers above include for their input.
 void BM_NoiseInput(benchmark::State& state) {

@@ -1,23 +1,28 @@
 #include "effects/sound_process_table.h"
-
+#include "effects/am_radio.h"
+#include "effects/chorus.h"
 #include "effects/compressor.h"
 #include "effects/deesser.h"
+#include "effects/distortion.h"
+#include "effects/doppler.h"
 #include "effects/drc_point_line.h"
 #include "effects/echo.h"
 #include "effects/eq.h"
 #include "effects/eq_point_line.h"
 #include "effects/eq_simple_3band.h"
+#include "effects/flanger.h"
 #include "effects/gain.h"
-#include "effects/multiband_gate.h"
 #include "effects/graphic_eq.h"
+#include "effects/multiband_gate.h"
 #include "effects/noise_gate.h"
 #include "effects/parametric_eq.h"
 #include "effects/pass_filter.h"
-#include "effects/sound_process_type.h"
-#include "effects/am_radio.h"
-#include "effects/doppler.h"
 #include "effects/phaser.h"
+#include "effects/reverb.h"
+#include "effects/sound_process_type.h"
 #include "effects/telephone.h"
+#include "effects/tremolo.h"
+#include "effects/vibrato.h"
 #include "effects/voice_pitch.h"
 #include "effects/wahwah.h"
 
@@ -33,11 +38,11 @@ constexpr LSoundProcessTypeRow kRows[] = {
     {kLSPTypeGain, "gain", "Verstärkung", Make<LSPGain>},
     {kLSPTypeDRCSimple, "kompressor", "Kompressor", Make<LSPDRCSimple>},
     {kLSPTypeEcho, "echo", "Echo", Make<LSPEcho>},
-    {kLSPTypeChorus, nullptr, "Chor", nullptr},
-    {kLSPTypeDistortion, nullptr, "Verzerrung", nullptr},
+    {kLSPTypeChorus, "chor", "Chor", Make<LSPChorus>},
+    {kLSPTypeDistortion, "verzerrung", "Verzerrung", Make<LSPDistortion>},
     {kLSPTypeHighPass, "hochpass", "Hochpass", Make<LSPHighPass>},
-    {kLSPTypeFlanger, nullptr, "Flanger", nullptr},
-    {kLSPTypeReverb3, nullptr, "Hall", nullptr},
+    {kLSPTypeFlanger, "flanger", "Flanger", Make<LSPFlanger>},
+    {kLSPTypeReverb3, "hall", "Hall", Make<LSPReverb3>},
     // Flat until points are given ("equalizer 100=-6 1000=3").
     {kLSPTypePointListEq, "equalizer", "Equalizer", Make<LSPEq>},
     {kLSPTypeParametricEqBand, "parametrischereq", "Parametrischer EQ", Make<LSPParametricEqBand>},
@@ -48,8 +53,8 @@ constexpr LSoundProcessTypeRow kRows[] = {
     {kLSPTypeLowPass, "tiefpass", "Tiefpass", Make<LSPLowPass>},
     {kLSPTypeEqSimple, nullptr, "Unbenannter Effekt", nullptr},
     {kLSPTypeEqSimple3Band, "eq3", "3-Band-Equalizer", Make<LSPEqSimple3Band>},
-    {kLSPTypeTremolo, nullptr, "Tremolo", nullptr},
-    {kLSPTypeVibrato, nullptr, "Vibrato", nullptr},
+    {kLSPTypeTremolo, "tremolo", "Tremolo", Make<LSPTremolo>},
+    {kLSPTypeVibrato, "vibrato", "Vibrato", Make<LSPVibrato>},
     {kLSPTypeDoppler, "doppler", "Doppler", Make<LSPDoppler>},
     {kLSPTypeWahwah, "wahwah", "Wah-Wah", Make<LSPWahwah>},
     {kLSPTypeDRCPointLine, "grafikkompressor", "Grafikkompressor", Make<LSPDRCPointLine>},

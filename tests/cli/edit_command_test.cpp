@@ -166,7 +166,7 @@ TEST_F(EditCommand, ALoadedChainNamesTheEffectsItCannotRunAndIsSavedAgainAsItWas
   auto newer = std::make_unique<LSPUnknown>(99);
   newer->listChunks.push_back(LSDFUnknownChunk{0x2001, kSDFChunkTypeInt, {7, 0, 0, 0}, 1});
   chain.Append(std::move(newer));
-  chain.Append(std::make_unique<LSPUnknown>(4));
+  chain.Append(std::make_unique<LSPUnknown>(32766));
   auto off = std::make_unique<LSPGain>(-6.0);
   off->bDisabled = true;
   chain.Append(std::move(off));
@@ -178,7 +178,7 @@ TEST_F(EditCommand, ALoadedChainNamesTheEffectsItCannotRunAndIsSavedAgainAsItWas
   CommandResult r = Edit({"edit", in_, "-e", "chain " + tmp_.File("in.ecf") + "; chain save " + tmp_.File("again.ecf")});
   ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_NE(r.err.find("Warnung: "), std::string::npos) << r.err;
-  EXPECT_NE(r.err.find("Typ 99, Chor (Typ 4)"), std::string::npos) << r.err;
+  EXPECT_NE(r.err.find("Typ 99, Audio-Unit-Plug-in (Typ 32766)"), std::string::npos) << r.err;
   EXPECT_EQ(ReadFileBytes(tmp_.File("again.ecf")), original);
 }
 

@@ -44,4 +44,6 @@ INSTANTIATE_TEST_SUITE_P(Dynamics, EffectBlocks,
 INSTANTIATE_TEST_SUITE_P(Equalisers, EffectBlocks, testing::Values(kLSPTypeGraphicEqBand, kLSPTypeEqPointLine));
 INSTANTIATE_TEST_SUITE_P(Modulation, EffectBlocks,
                          testing::Values(kLSPTypeDoppler, kLSPTypeWahwah, kLSPTypePhaser, kLSPTypeAMRadio,
-                                         kLSPTypeTelephone, kLSPTypeVoicePitch));
+                                         kLSPTypeTelephone, kLSPTypeVoicePitch, kLSPTypeChorus, kLSPTypeFlanger,
+                                         kLSPTypeTremolo, kLSPTypeVibrato));
+INSTANTIATE_TEST_SUITE_P(Character, EffectBlocks, testing::Values(kLSPTypeDistortion, kLSPTypeReverb3));

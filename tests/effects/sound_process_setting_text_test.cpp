@@ -13,7 +13,7 @@ TEST(SoundProcessSettingText, EffectsAreFoundByKeyOrGermanNameWhateverTheCaseAnd
   EXPECT_EQ(LSoundProcessCreateByName("ECHO")->GetSoundProcessType(), kLSPTypeEcho);
   EXPECT_EQ(LSoundProcessCreateByName("verstarkung")->GetSoundProcessType(), kLSPTypeGain);
   EXPECT_EQ(LSoundProcessCreateByName("Verstärkung")->GetSoundProcessType(), kLSPTypeGain);
-  EXPECT_EQ(LSoundProcessCreateByName("Chor"), nullptr);
+  EXPECT_EQ(LSoundProcessCreateByName("Audio-Unit-Plug-in"), nullptr);
 }
 
 TEST(SoundProcessSettingText, ValuesInRangeAreSetAndEverythingElseIsRefusedWithTheReason) {

@@ -77,7 +77,7 @@ TEST(SoundProcessUnknown, TheFactoryBuildsKnownEffectsAndUnknownForTheRest) {
   EXPECT_EQ(LSoundProcessCreate(16384), nullptr);
   for (int type : {1, 3, 9}) EXPECT_EQ(LSoundProcessCreate(type)->GetSoundProcessType(), type);
   // Effects not built here yet keep their id through an LSPUnknown.
-  for (int type : {4, 32766}) {
+  for (int type : {16, 32766}) {
     std::unique_ptr<LSoundProcess> effect = LSoundProcessCreate(type);
     EXPECT_NE(dynamic_cast<LSPUnknown*>(effect.get()), nullptr) << type;
     EXPECT_EQ(effect->GetSoundProcessType(), type);

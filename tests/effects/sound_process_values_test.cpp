@@ -23,7 +23,9 @@ TEST(SoundProcessValues, EveryPresetOfEveryEffectRoundTripsThroughAChainFile) {
                    kLSPTypeGraphicEqBand, kLSPTypeDeesser2, kLSPTypeEqPointLine,
                    kLSPTypeMultiBandNoiseGating,
                    kLSPTypeDoppler, kLSPTypeWahwah, kLSPTypePhaser, kLSPTypeAMRadio, kLSPTypeTelephone,
-                   kLSPTypeVoicePitch}) {
+                   kLSPTypeVoicePitch,
+                   kLSPTypeChorus, kLSPTypeDistortion, kLSPTypeFlanger, kLSPTypeReverb3, kLSPTypeTremolo,
+                   kLSPTypeVibrato}) {
     std::unique_ptr<LSoundProcess> probe = LSoundProcessTypeRowOf(type)->make();
     ASSERT_GT(probe->GetNumPresets(), 1) << type;
     EXPECT_EQ(probe->GetIndexInPreset(), -1) << "the defaults are no preset";

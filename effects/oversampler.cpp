@@ -1,0 +1,140 @@
+#include "effects/oversampler.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace {
+
+double BesselI0(double x) {
+  double sum = 1.0, term = 1.0;
+  for (int k = 1; k < 50; ++k) {
+    term *= (x / (2.0 * k)) * (x / (2.0 * k));
+    sum += term;
+    if (term < sum * 1e-17) break;
+  }
+  return sum;
+}
+
+// Kaiser window's beta for a stop band `db` down.
+double KaiserBeta(double db) { return db > 50 ? 0.1102 * (db - 8.7) : 0.5842 * std::pow(db - 21, 0.4) + 0.07886 * (db - 21); }
+
+// Taps either side of the middle for a Kaiser design, rounded up to an odd count.
+int HalfLength(double db, double transition) {
+  int half = static_cast<int>(std::ceil((db - 8.0) / (2.285 * 2.0 * std::numbers::pi * transition) / 2.0));
+  return half | 1;
+}
+
+constexpr double kStopDb = 90.0;
+
+// sum[j] += gain * taps[q] * line[from + j - q] over the taps, for j < n: the
+// history lies before `from`.
+void Convolve(const std::vector<float>& taps, const float* line, int from, int n, float gain, float* sum) {
+  std::fill(sum, sum + n, 0.0f);
+  const int count = static_cast<int>(taps.size());
+  for (int q = 0; q < count; ++q) {
+    const float c = gain * taps[q];
+    const float* x = line + from - q;
+    for (int j = 0; j < n; ++j) sum[j] += c * x[j];
+  }
+}
+
+// Keeps the last `keep` samples of a run as the history of the next.
+void KeepHistory(std::vector<float>& line, int keep, int n) {
+  std::copy(line.begin() + n, line.begin() + n + keep, line.begin());
+}
+
+}  // namespace
+
+LOversampler::Stage::Stage(int half) : half_(half) {
+  const double beta = KaiserBeta(kStopDb);
+  const int taps = half + 1;
+  taps_.resize(taps);
+  // Causal filter g[i] = h[i - half]; the even i carry the odd, non-zero taps of the half-band.
+  for (int q = 0; q < taps; ++q) {
+    const int k = 2 * q - half;
+    const double r = static_cast<double>(k) / (half + 1);
+    const double window = BesselI0(beta * std::sqrt(std::max(0.0, 1.0 - r * r))) / BesselI0(beta);
+    taps_[q] = static_cast<float>(std::sin(std::numbers::pi * k / 2.0) / (std::numbers::pi * k) * window);
+  }
+  Reset();
+}
+
+void LOversampler::Stage::Reset() {
+  const int history = static_cast<int>(taps_.size()) - 1;
+  up_.assign(static_cast<std::size_t>(history), 0.0f);
+  even_.assign(static_cast<std::size_t>(history), 0.0f);
+  odd_.assign(static_cast<std::size_t>((half_ + 1) / 2), 0.0f);
+}
+
+void LOversampler::Stage::Up(const float* in, int n, float* out) {
+  const int history = static_cast<int>(taps_.size()) - 1;
+  up_.resize(static_cast<std::size_t>(history + n));
+  sum_.resize(static_cast<std::size_t>(n));
+  std::copy(in, in + n, up_.begin() + history);
+  Convolve(taps_, up_.data(), history, n, 2.0f, sum_.data());
+  // The middle tap of the half-band, 0.5 doubled, lands on the odd outputs as the input (half - 1) / 2 back.
+  const float* late = up_.data() + history - (half_ - 1) / 2;
+  for (int j = 0; j < n; ++j) {
+    out[2 * j] = sum_[j];
+    out[2 * j + 1] = late[j];
+  }
+  KeepHistory(up_, history, n);
+}
+
+void LOversampler::Stage::Down(const float* in, int n, float* out) {
+  const int history = static_cast<int>(taps_.size()) - 1;
+  // The middle tap meets the odd sample (half + 1) / 2 before this frame's.
+  const int back = (half_ + 1) / 2;
+  even_.resize(static_cast<std::size_t>(history + n));
+  odd_.resize(static_cast<std::size_t>(back + n));
+  for (int j = 0; j < n; ++j) {
+    even_[history + j] = in[2 * j];
+    odd_[back + j] = in[2 * j + 1];
+  }
+  Convolve(taps_, even_.data(), history, n, 1.0f, out);
+  for (int j = 0; j < n; ++j) out[j] += 0.5f * odd_[j];
+  KeepHistory(even_, history, n);
+  KeepHistory(odd_, back, n);
+}
+
+LOversampler::LOversampler() {
+  // Pass to 20 kHz, stop from the mirror of 20 kHz at 44.1 kHz; then the mirror of 22 kHz.
+  const double first = (44.1 - 2.0 * 20.0) / 88.2;
+  const double second = (88.2 - 2.0 * 22.05) / 176.4;
+  const double third = (176.4 - 2.0 * 22.05) / 352.8;
+  for (double t : {first, second, third}) stages_.emplace_back(HalfLength(kStopDb, t));
+  int high = 0;  // the round trip's delay in high-rate samples
+  for (std::size_t s = 0; s < stages_.size(); ++s) high += 2 * stages_[s].Half() << (stages_.size() - 1 - s);
+  const int extra = (kLOversampleFactor - high % kLOversampleFactor) % kLOversampleFactor;
+  pad_.assign(static_cast<std::size_t>(extra), 0.0f);
+  latency_ = (high + extra) / kLOversampleFactor;
+}
+
+void LOversampler::Reset() {
+  for (Stage& stage : stages_) stage.Reset();
+  std::fill(pad_.begin(), pad_.end(), 0.0f);
+}
+
+void LOversampler::Up(const float* in, int n, float* out) {
+  a_.resize(static_cast<std::size_t>(n) * kLOversampleFactor);
+  b_.resize(a_.size() + pad_.size());
+  stages_[0].Up(in, n, a_.data());
+  stages_[1].Up(a_.data(), 2 * n, b_.data());
+  stages_[2].Up(b_.data(), 4 * n, out);
+  if (!pad_.empty()) {
+    const int high = kLOversampleFactor * n, extra = static_cast<int>(pad_.size());
+    std::copy(pad_.begin(), pad_.end(), b_.begin());
+    std::copy(out, out + high, b_.begin() + extra);
+    std::copy(b_.begin(), b_.begin() + high, out);
+    std::copy(b_.begin() + high, b_.begin() + high + extra, pad_.begin());
+  }
+}
+
+void LOversampler::Down(const float* in, int n, float* out) {
+  a_.resize(static_cast<std::size_t>(n) * kLOversampleFactor);
+  b_.resize(a_.size());
+  stages_[2].Down(in, 4 * n, a_.data());
+  stages_[1].Down(a_.data(), 2 * n, b_.data());
+  stages_[0].Down(b_.data(), n, out);
+}
