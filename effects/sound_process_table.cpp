@@ -1,6 +1,7 @@
 #include "effects/sound_process_table.h"
 #include "effects/am_radio.h"
 #include "effects/chorus.h"
+#include "effects/click_pop.h"
 #include "effects/compressor.h"
 #include "effects/deesser.h"
 #include "effects/distortion.h"
@@ -64,7 +65,7 @@ constexpr LSoundProcessTypeRow kRows[] = {
     {kLSPTypeTelephone, "telefon", "Telefon", Make<LSPTelephone>},
     {kLSPTypeNoiseGate, "noisegate", "Noise-Gate", Make<LSPNoiseGate>},
     {kLSPTypeMultiBandNoiseGating, "multibandgate", "Multiband Noise Gating", Make<LSPMultiBandNoiseGating>},
-    {kLSPTypeClickPopRemoval, nullptr, "Click/Pop-Entfernung", nullptr},
+    {kLSPTypeClickPopRemoval, "clickpop", "Click/Pop-Entfernung", Make<LSPClickPopRemoval>},
     {kLSPTypeDeesser2, "deesser", "De-esser", Make<LSPDeesser2>},
     // There are no Audio Units to host here.
     {kLSPTypeAudioUnitPlugin, nullptr, "Audio-Unit-Plug-in", nullptr},
