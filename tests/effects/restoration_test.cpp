@@ -7,6 +7,7 @@
 #include "effect_test_levels.h"
 #include "effect_test_sources.h"
 #include "effects/click_pop.h"
+#include "effects/noise_reduce.h"
 #include "effects/sound_process_setting_text.h"
 
 namespace {
@@ -50,4 +51,31 @@ TEST(ClickPopRemoval, TwentyClicksInATwoToneSoundAreRepairedAndNothingElseIsTouc
   EXPECT_LT(10.0 * std::log10(error / energy), -60.0);
   // Every click was found: none is left at its size.
   EXPECT_LT(worst, 0.05);
+}
+
+TEST(NoiseReduce, LearnedNoiseDropsByTheReductionWhileAToneAboveItKeepsItsLevel) {
+  const std::size_t second = kRate;
+  // Noise alone for a second, then a -12 dB tone over the same noise.
+  std::vector<float> x = Noise(0.02, 3 * second, 5);
+  const std::vector<float> tone = Sine(1000.0, 0.25, kRate, static_cast<long long>(2 * second));
+  for (std::size_t i = 0; i < tone.size(); ++i) x[second + i] += tone[i];
+  LNoiseProfile profile;
+  LSoundSource tooShort = MakeBufferSource(Noise(0.02, 1000, 5), kRate, 1);
+  EXPECT_FALSE(LNoiseProfileLearn(tooShort, profile));
+  LSoundSource noise = MakeBufferSource(std::vector<float>(x.begin(), x.begin() + second / 2), kRate, 1);
+  ASSERT_TRUE(LNoiseProfileLearn(noise, profile));
+  for (double reduction : {12.0, 24.0}) {
+    SCOPED_TRACE(reduction);
+    LSoundSource input = MakeBufferSource(x, kRate, 1);
+    LSoundSource output = LMakeSource<LSRCNoiseReduce>(input, profile, reduction);
+    const std::vector<float> y = ReadAll(output, static_cast<long long>(x.size()), 1000);
+    // Away from the tone's onset, which opens every band for a spectrum's length.
+    EXPECT_LE(RmsDb(y, second / 2, 2 * second / 5) - RmsDb(x, second / 2, 2 * second / 5), -reduction + 0.05);
+    EXPECT_NEAR(ToneDb(y, 1000.0, kRate, 3 * second / 2, second / 2), ToneDb(x, 1000.0, kRate, 3 * second / 2, second / 2), 1.0);
+
+    // A seek lands where reading straight through does.
+    output.Seek(2 * second + 77);
+    const std::vector<float> after = ReadAll(output, 4000, 999);
+    for (std::size_t i = 0; i < after.size(); i += 97) ASSERT_NEAR(after[i], y[2 * second + 77 + i], 1e-4);
+  }
 }
