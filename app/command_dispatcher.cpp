@@ -30,6 +30,7 @@
 #include "app/ef_normalize_lossless.h"
 #include "app/ef_process_effect.h"
 #include "app/ef_reduce_vocals.h"
+#include "app/ef_restoration.h"
 #include "app/ef_reverse.h"
 #include "app/ef_stereo_pan.h"
 #include "app/file_gui.h"
@@ -40,6 +41,7 @@
 #include "base/safe_save.h"
 #include "effects/effect_chain_file.h"
 #include "effects/loudness_meter.h"
+#include "effects/multiband_gate.h"
 #include "formats/mp3_frame_gain.h"
 #include "effects/sound_process_by_name.h"
 #include "effects/sound_process_listing.h"
@@ -196,6 +198,11 @@ SVCommandResult SVCommandDispatcher::Dispatch(const SVCommandInfo& info, const S
     }
     case kSVCmdEffect:
       return Effect(args);
+    case kSVCmdClickPop:
+    case kSVCmdRepair:
+    case kSVCmdNoiseProfile:
+    case kSVCmdNoiseReduce:
+      return Restoration(info, args);
     case kSVCmdMp3Gain:
       return LosslessGain(info, args);
     case kSVCmdEffectList:
@@ -526,11 +533,80 @@ SVCommandResult SVCommandDispatcher::Effect(const SVCommandArgs& args) {
     if (LSoundProcessSetFromText(*effect, args.texts[i], &message) != LSPSettingTextResult::kOK) return Failed(message);
   }
   if (!effect->IsValid()) return Failed("Die Einstellungen des Effekts sind ungültig.");
+  if (auto* gate = dynamic_cast<LSPMultiBandNoiseGating*>(effect.get()); gate && !noiseAudio_.IsEmpty()) {
+    // After "rauschprofil" the gate learns its thresholds from that noise; thresholds given here win.
+    if (noiseProfile_.rate != file.CutList().GetSampleRate())
+      return Failed(Format("Das Rauschprofil wurde bei %u Hz aufgenommen, das Dokument hat %u Hz. Bitte ein neues "
+                           "Rauschprofil aufnehmen (rauschprofil).",
+                           noiseProfile_.rate, file.CutList().GetSampleRate()));
+    LSoundSource noise = noiseAudio_.OpenSource();
+    if (!gate->LearnNoise(noise)) return Failed("Das Rauschprofil konnte nicht gelesen werden.");
+    for (std::size_t i = 1; i < args.texts.size(); ++i) {
+      std::string message;
+      if (LSoundProcessSetFromText(*effect, args.texts[i], &message) != LSPSettingTextResult::kOK) return Failed(message);
+    }
+  }
   // The operation of the effect's kind, under its label ("Hochpass-Filter").
   std::unique_ptr<SVEfProcessEffect> edit = SVEfForEffect(file.CutList(), file.Selection(), *effect);
   SVCommandResult result = EditRange(*edit, edit->GetEffectName());
   if (result.result == kLProcessSuccess) applied_.Append(std::move(effect));
   return result;
+}
+
+SVCommandResult SVCommandDispatcher::Restoration(const SVCommandInfo& info, const SVCommandArgs& args) {
+  SVFile& file = *Window()->File();
+  LCutListAudio& list = file.CutList();
+  SVSelection& sel = file.Selection();
+  const std::uint32_t rate = list.GetSampleRate();
+  switch (info.id) {
+    case kSVCmdClickPop: {
+      LSPClickPopRemoval settings;
+      double sensitivity = NumberOr(args, 0, 50), ms = NumberOr(args, 1, 2);
+      if (sensitivity < 0 || sensitivity > 100) return Failed("Die Empfindlichkeit liegt zwischen 0 und 100 %.");
+      if (ms < 0.1 || ms > 20) return Failed("Die maximale Länge eines Klicks liegt zwischen 0,1 und 20 ms.");
+      settings.SetParameterByIndex(kLSPClickSensitivity, &sensitivity);
+      settings.SetParameterByIndex(kLSPClickMaxMs, &ms);
+      SVEfClickPopRemoval edit(list, sel, settings);
+      return EditRange(edit, info.label);
+    }
+    case kSVCmdRepair: {
+      const double ms = static_cast<double>(sel.end - sel.start) * 1000.0 / rate;
+      if (ms > kSVManualClickPopMaxMs)
+        return Failed(Format("Die Auswahl ist mit %.1f ms zu lang für eine Reparatur von Hand (höchstens %.0f ms). "
+                             "Für viele Klicks über eine längere Strecke \"clickpop\" verwenden.",
+                             ms, kSVManualClickPopMaxMs));
+      SVEfManualClickPop edit(list, sel);
+      return EditRange(edit, info.label);
+    }
+    case kSVCmdNoiseProfile: {
+      // Half a minute of noise says all there is to say about it.
+      const long long end = std::min(sel.end, sel.start + 30LL * rate);
+      LCutListAudio noise;
+      list.EfCopy(sel.start, end, noise);
+      LNoiseProfile profile;
+      LSoundSource source = noise.OpenSource();
+      if (!LNoiseProfileLearn(source, profile))
+        return Failed("Für ein Rauschprofil mindestens 50 ms reines Rauschen auswählen.");
+      noiseProfile_ = std::move(profile);
+      noiseAudio_ = std::move(noise);
+      return Done(Format("Rauschprofil aus %.2f s aufgenommen.", static_cast<double>(end - sel.start) / rate));
+    }
+    default: {
+      if (noiseProfile_.IsEmpty())
+        return Failed("Es gibt noch kein Rauschprofil. Zuerst einen Bereich mit reinem Rauschen auswählen und "
+                      "\"rauschprofil\" ausführen.");
+      if (noiseProfile_.rate != rate)
+        return Failed(Format("Das Rauschprofil wurde bei %u Hz aufgenommen, das Dokument hat %u Hz. Bitte ein neues "
+                             "Rauschprofil aufnehmen.",
+                             noiseProfile_.rate, rate));
+      const double db = NumberOr(args, 0, kLNoiseReduceDb), sensitivity = NumberOr(args, 1, kLNoiseReduceSensitivityDb);
+      if (db <= 0 || db > 60) return Failed("Die Reduktion wird in dB über 0 bis 60 angegeben, zum Beispiel 12.");
+      if (sensitivity < 0 || sensitivity > 24)
+        return Failed("Die Empfindlichkeit wird in dB über dem Rauschen angegeben, von 0 bis 24.");
+      SVEfNoiseReduceSSApply edit(list, sel, noiseProfile_, db, sensitivity);
+      return EditRange(edit, info.label);
+    }
+  }
 }
 
 SVCommandResult SVCommandDispatcher::Chain(int id, const SVCommandArgs& args) {

@@ -18,6 +18,7 @@
 #include "audio/audio_player.h"
 #include "base/array.h"
 #include "base/process_interface.h"
+#include "effects/noise_reduce.h"
 #include "effects/sound_process_multi.h"
 
 // A command's arguments, in the order of the table's row within each kind.
@@ -80,6 +81,7 @@ private:
   SVCommandResult Generate(const SVCommandInfo& info, const SVCommandArgs& args);
   SVCommandResult Process(const SVCommandInfo& info, const SVCommandArgs& args);
   SVCommandResult Effect(const SVCommandArgs& args);
+  SVCommandResult Restoration(const SVCommandInfo& info, const SVCommandArgs& args);
   SVCommandResult Chain(int id, const SVCommandArgs& args);
   SVCommandResult History(int id);
   SVCommandResult Marks(const SVCommandInfo& info, const SVCommandArgs& args);
@@ -97,6 +99,11 @@ private:
   MainDialog& main_;
   // The effects applied so far, in order: what "chain save" writes.
   LSoundProcessMulti applied_;
+  // The noise "rauschprofil" took, for every document of the session (as a
+  // clipboard is): its spectrum for the noise reduction and the audio itself,
+  // which the multiband gate learns its thresholds from.
+  LNoiseProfile noiseProfile_;
+  LCutListAudio noiseAudio_;
   bool quitConfirm_ = false;
   // A quit with unsaved changes was refused once; a quit right after it goes.
   bool quitWarned_ = false;

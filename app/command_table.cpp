@@ -6,6 +6,7 @@
 #include "app/edit_commands.h"
 #include "app/ef_effect_chain_cb_radio.h"
 #include "app/ef_reduce_vocals.h"
+#include "app/ef_restoration.h"
 #include "app/ef_auto_gain_control.h"
 #include "app/ef_normalize_lossless.h"
 #include "app/ef_convert_channels.h"
@@ -65,6 +66,12 @@ const SVCommandInfo kTable[] = {
     {kSVCmdAutoGain, "autogain", kSVAutoGainControlLabel, kProcesses, C::kSelection, kDoc, {{A::kNumber, "LUFS", true}}},
     {kSVCmdReduceVocals, "reducevocals", kSVReduceVocalsLabel, kProcesses, C::kSelection, kStereo, {}},
     {kSVCmdCBRadio, "cbradio", kSVCBRadioLabel, kProcesses, C::kSelection, kDoc, {}},
+    {kSVCmdClickPop, "clickpop", kSVClickPopLabel, kProcesses, C::kSelection, kDoc,
+     {{A::kNumber, "EMPFINDLICHKEIT", true}, {A::kNumber, "MS", true}}},
+    {kSVCmdRepair, "reparieren", kSVManualClickPopLabel, kProcesses, C::kSelection, kSel, {}},
+    {kSVCmdNoiseProfile, "rauschprofil", "Rauschprofil aufnehmen", kProcesses, C::kSelection, kSel, {}},
+    {kSVCmdNoiseReduce, "rauschreduzierung", kSVNoiseReduceLabel, kProcesses, C::kSelection, kDoc,
+     {{A::kNumber, "DB", true}, {A::kNumber, "EMPFINDLICHKEIT", true}}},
     {kSVCmdMp3Gain, "mp3gain", kSVNormalizeLosslessLabel, kProcesses, C::kDocument, kDoc, {{A::kNumber, "DB"}}},
     {kSVCmdFadeIn, "fadein", "Einblenden", kProcesses, C::kSelection, kDoc, {}},
     {kSVCmdFadeOut, "fadeout", "Ausblenden", kProcesses, C::kSelection, kDoc, {}},
