@@ -8,6 +8,7 @@
 #include "effects/am_radio.h"
 #include "effects/cb_radio_chain.h"
 #include "effects/chorus.h"
+#include "effects/click_pop.h"
 #include "effects/deesser.h"
 #include "effects/distortion.h"
 #include "effects/doppler.h"
@@ -19,6 +20,7 @@
 #include "effects/gain.h"
 #include "effects/graphic_eq.h"
 #include "effects/multiband_gate.h"
+#include "effects/noise_reduce.h"
 #include "effects/phaser.h"
 #include "effects/point_list.h"
 #include "effects/reduce_vocals.h"
@@ -195,6 +197,23 @@ void BM_CBRadioChain(benchmark::State& state) {
   ReadOpenedRealTime(state, chain.OpenSource(input));
 }
 BENCHMARK(BM_CBRadioChain)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+// Target 50x: every block is searched for clicks although the noise has none.
+void BM_ClickPopRemoval(benchmark::State& state) {
+  LSPClickPopRemoval clicks;
+  ReadRealTime(state, clicks);
+}
+BENCHMARK(BM_ClickPopRemoval)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+// Target 20x, with a profile of a second of the same noise.
+void BM_NoiseReduce(benchmark::State& state) {
+  LSoundSource noise = LMakeSource<BenchNoiseSource>(kBenchRate, kBenchChannels);
+  LNoiseProfile profile;
+  if (!LNoiseProfileLearn(noise, profile)) state.SkipWithError("no noise profile");
+  LSoundSource input = LMakeSource<BenchNoiseSource>(kEndlessFrames, kBenchChannels);
+  ReadOpenedRealTime(state, LMakeSource<LSRCNoiseReduce>(input, profile));
+}
+BENCHMARK(BM_NoiseReduce)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
 
 // Delay, modulation, reverb and character, each over ten minutes at a typical preset.
 void BM_Chorus(benchmark::State& state) {

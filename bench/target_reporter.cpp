@@ -35,6 +35,8 @@ std::vector<BenchTarget> BenchTargets() {
       {"BM_SaveForUndo/segments:10000/", Kind::kMaxSeconds, 2e-3, "", "<= 2 ms"},
       {"BM_GrfBufferGetHour/segments:1/", Kind::kMaxSeconds, 20e-3, "", "<= 20 ms"},
       {"BM_EqBand", Kind::kMinCounter, 50.0, "x_realtime", ">= 50x real time"},
+      {"BM_ClickPopRemoval", Kind::kMinCounter, 50.0, "x_realtime", ">= 50x real time"},
+      {"BM_NoiseReduce", Kind::kMinCounter, 20.0, "x_realtime", ">= 20x real time"},
   };
 }
 
