@@ -69,6 +69,9 @@ TEST_F(CommandDispatcherTest, EveryCommandRunsUnderItsLabelAndNeedsWhatTheTableS
       {kSVCmdAmplify, {Numbers({-6})}},
       {kSVCmdPan, {Numbers({0.5})}},
       {kSVCmdEffect, {Texts({"echo"})}},
+      // A noise profile wants at least one spectrum's worth (2048 frames) of noise.
+      {kSVCmdNoiseProfile, {{}, [this] { Run(kSVCmdSelectAll); }}},
+      {kSVCmdNoiseReduce, {{}, [this] { Run(kSVCmdSelectAll), Run(kSVCmdNoiseProfile); }}},
       {kSVCmdChain, {Texts({chainFile})}},
       {kSVCmdChainSave, {Texts({temp_.File("neu.ecf")})}},
       {kSVCmdUndo, {{}, edit}},
