@@ -73,8 +73,8 @@ void LSRCChorus::Process(float* buffer, long long frames, long long first) {
     float* block = buffer + at * channels;
     for (std::size_t l = 0; l < lfos_.size(); ++l) {
       double* delay = &delays_[l * kBlock];
-      for (int i = 0; i < n; ++i)
-        delay[i] = std::max(delay_ + 1.0 + depth_ * lfos_[l].At(first + at + i), LModulatedDelay::kMinDelay);
+      lfos_[l].Run(first + at, n, delay);
+      for (int i = 0; i < n; ++i) delay[i] = std::max(delay_ + 1.0 + depth_ * delay[i], LModulatedDelay::kMinDelay);
     }
     for (int c = 0; c < channels; ++c) {
       float* line = lines_[c].data();

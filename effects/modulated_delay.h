@@ -76,17 +76,30 @@ public:
 
   double At(long long frame) {
     const long long segment = frame >> kShift;
-    if (segment != segment_) {
-      // Reading straight on, this corner is the last segment's far one.
-      from_ = segment == segment_ + 1 ? to_ : LLfoSine(LLfoPhase(hz_, rate_, segment << kShift, offset_));
-      to_ = LLfoSine(LLfoPhase(hz_, rate_, (segment + 1) << kShift, offset_));
-      step_ = (to_ - from_) / (1 << kShift);
-      segment_ = segment;
-    }
+    Enter(segment);
     return from_ + step_ * static_cast<double>(frame - (segment << kShift));
+  }
+  // At(first + i) into out[i] for i < n, segment by segment.
+  void Run(long long first, int n, double* out) {
+    for (int i = 0; i < n;) {
+      const long long segment = (first + i) >> kShift;
+      Enter(segment);
+      const long long corner = segment << kShift;
+      const int end = static_cast<int>(std::min<long long>(n, corner + (1 << kShift) - first));
+      for (; i < end; ++i) out[i] = from_ + step_ * static_cast<double>(first + i - corner);
+    }
   }
 
 private:
+  void Enter(long long segment) {
+    if (segment == segment_) return;
+    // Reading straight on, this corner is the last segment's far one.
+    from_ = segment == segment_ + 1 ? to_ : LLfoSine(LLfoPhase(hz_, rate_, segment << kShift, offset_));
+    to_ = LLfoSine(LLfoPhase(hz_, rate_, (segment + 1) << kShift, offset_));
+    step_ = (to_ - from_) / (1 << kShift);
+    segment_ = segment;
+  }
+
   static constexpr int kShift = 4;
   double hz_, rate_, offset_;
   long long segment_ = -(1LL << 62);
