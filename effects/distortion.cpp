@@ -91,11 +91,17 @@ inline void ShapeRun(float* high, int n, double drive, double& previous, double*
   x[0] = previous;
   for (int i = 0; i < n; ++i) x[i + 1] = drive * high[i];
   for (int i = 0; i <= n; ++i) a[i] = Curve::A(x[i]);
+  std::uint64_t close = 0;
   for (int i = 0; i < n; ++i) {
     const double step = x[i + 1] - x[i];
     const bool apart = std::abs(step) > 1e-6;
-    const double mean = (a[i + 1] - a[i]) / Pick(apart, step, 1.0);
-    high[i] = static_cast<float>(Pick(apart, mean, Curve::F(0.5 * (x[i + 1] + x[i]))));
+    close |= std::bit_cast<std::uint64_t>(Pick(apart, 0.0, 1.0));
+    high[i] = static_cast<float>((a[i + 1] - a[i]) / Pick(apart, step, 1.0));
+  }
+  // Where two samples nearly meet, the quotient is noise: the curve at their middle instead.
+  if (close) {
+    for (int i = 0; i < n; ++i)
+      if (!(std::abs(x[i + 1] - x[i]) > 1e-6)) high[i] = static_cast<float>(Curve::F(0.5 * (x[i + 1] + x[i])));
   }
   previous = x[n];
 }
@@ -137,7 +143,7 @@ LSRCDistortion::LSRCDistortion(const LSoundSource& input, const LDistortionSetti
   channels_.resize(GetChannels());
   for (Channel& c : channels_) c.dry.assign(static_cast<std::size_t>(Latency()), 0.0f);
   in_.resize(kBlock);
-  out_.resize(kBlock);
+  out_.resize(static_cast<std::size_t>(kBlock) * GetChannels());
   high_.resize(kBlock * kLOversampleFactor);
   driven_.resize(kBlock * kLOversampleFactor + 1);
   integral_.resize(kBlock * kLOversampleFactor + 1);
@@ -177,16 +183,21 @@ void LSRCDistortion::Process(float* buffer, long long frames, long long) {
       for (int i = 0; i < n; ++i) in_[i] = block[i * channels + ch];
       c.oversampler.Up(in_.data(), n, high_.data());
       Shape(high_.data(), n * kLOversampleFactor, c.shaped);
-      c.oversampler.Down(high_.data(), n, out_.data());
-      for (int i = 0; i < n; ++i) {
+      c.oversampler.Down(high_.data(), n, in_.data());
+      // Interleaved again, so the channels' filters below run side by side.
+      for (int i = 0; i < n; ++i) out_[i * channels + ch] = in_[i];
+    }
+    for (int i = 0; i < n; ++i) {
+      for (int ch = 0; ch < channels; ++ch) {
+        Channel& c = channels_[ch];
         // Tone: transposed direct form II; then the blocker of direct current.
-        const double x = out_[i];
+        const double x = out_[i * channels + ch];
         const double y = tone_.b0 * x + c.tone1;
         c.tone1 = tone_.b1 * x - tone_.a1 * y + c.tone2;
         c.tone2 = tone_.b2 * x - tone_.a2 * y;
         c.dcOut = y - c.dcIn + dcPole_ * c.dcOut;
         c.dcIn = y;
-        float late = in_[i];
+        float late = block[i * channels + ch];
         if (latency > 0) {
           std::swap(late, c.dry[c.dryAt]);
           if (++c.dryAt == latency) c.dryAt = 0;
