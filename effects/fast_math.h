@@ -41,8 +41,7 @@ inline double LFastExp2(double y) {
   const std::int64_t whole = std::bit_cast<std::int64_t>(shifted) - std::bit_cast<std::int64_t>(kRound);
   // 2^f = e^(f ln 2) for |f| <= 1/2 by its series.
   const double t = (y - n) * std::numbers::ln2;
-  const double p =
-      1.0 + t * (1.0 + t * (1.0 / 2 + t * (1.0 / 6 + t * (1.0 / 24 + t * (1.0 / 120 + t * (1.0 / 720 +
-      t * (1.0 / 5040 + t * (1.0 / 40320 + t * (1.0 / 362880 + t * (1.0 / 3628800))))))))));
+  const double high = 1.0 / 720 + t * (1.0 / 5040 + t * (1.0 / 40320 + t * (1.0 / 362880 + t * (1.0 / 3628800))));
+  const double p = 1.0 + t * (1.0 + t * (1.0 / 2 + t * (1.0 / 6 + t * (1.0 / 24 + t * (1.0 / 120 + t * high)))));
   return std::bit_cast<double>(std::bit_cast<std::int64_t>(p) + (whole << 52));
 }

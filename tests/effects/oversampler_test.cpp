@@ -10,7 +10,8 @@
 TEST(Oversampler, RoundTripGivesTheSoundBackLatencyFramesLateWhateverTheRunLengths) {
   constexpr int kFrames = 3000;
   std::vector<float> in(kFrames);
-  for (int i = 0; i < kFrames; ++i) in[i] = static_cast<float>(0.5 * std::sin(2.0 * std::numbers::pi * 1000.0 * i / 44100.0));
+  for (int i = 0; i < kFrames; ++i)
+    in[i] = static_cast<float>(0.5 * std::sin(2.0 * std::numbers::pi * 1000.0 * i / 44100.0));
   auto roundTrip = [&](std::vector<int> runs) {
     LOversampler oversampler;
     std::vector<float> out(kFrames), high;
