@@ -44,15 +44,20 @@ LSRCChorus::LSRCChorus(const LSoundSource& input, const LChorusSettings& setting
   const double perMs = GetSampleRate() / 1000.0;
   delay_ = s_.delayMs * perMs;
   depth_ = s_.depthMs * perMs;
-  lines_.assign(GetChannels(), LModulatedDelay(delay_ + depth_ + 4.0));
+  // The longest delay read is delay_ + depth_ + 1, and the curve wants one frame before it.
+  history_ = static_cast<int>(std::ceil(delay_ + depth_)) + 4;
+  lines_.assign(GetChannels(), std::vector<float>(static_cast<std::size_t>(history_ + kBlock), 0.0f));
   for (int side = 0; side < std::min<int>(GetChannels(), 2); ++side)
     for (int v = 0; v < s_.voices; ++v)
       lfos_.emplace_back(s_.hz * (1.0 + kVoiceRateStep * v), GetSampleRate(),
                          static_cast<double>(v) / s_.voices + side * 0.25);
+  delays_.resize(lfos_.size() * kBlock);
+  for (std::vector<float>* run : {&sum_, &fraction_, &xm_, &x0_, &x1_, &x2_}) run->resize(kBlock);
+  spot_.resize(kBlock);
 }
 
 void LSRCChorus::Reset() {
-  for (LModulatedDelay& line : lines_) line.Clear();
+  for (std::vector<float>& line : lines_) std::fill(line.begin(), line.end(), 0.0f);
 }
 
 long long LSRCChorus::Preroll() const { return static_cast<long long>(delay_ + depth_) + 4; }
@@ -62,16 +67,39 @@ void LSRCChorus::Process(float* buffer, long long frames, long long first) {
   const int voices = s_.voices;
   const float dry = static_cast<float>(1.0 - s_.mix);
   const float wet = static_cast<float>(s_.mix / s_.voices);
-  for (long long i = 0; i < frames; ++i) {
-    float* frame = buffer + i * channels;
-    for (int c = 0; c < channels; ++c) lines_[c].Push(frame[c]);
-    double delays[8];
-    for (std::size_t l = 0; l < lfos_.size(); ++l) delays[l] = delay_ + 1.0 + depth_ * lfos_[l].At(first + i);
+  const int history = history_;
+  for (long long at = 0; at < frames; at += kBlock) {
+    const int n = static_cast<int>(std::min<long long>(kBlock, frames - at));
+    float* block = buffer + at * channels;
+    for (std::size_t l = 0; l < lfos_.size(); ++l) {
+      double* delay = &delays_[l * kBlock];
+      lfos_[l].Run(first + at, n, delay);
+      for (int i = 0; i < n; ++i) delay[i] = std::max(delay_ + 1.0 + depth_ * delay[i], LModulatedDelay::kMinDelay);
+    }
     for (int c = 0; c < channels; ++c) {
-      float sum = 0.0f;
-      // Read(1) is the frame just pushed.
-      for (int v = 0; v < voices; ++v) sum += lines_[c].Read(delays[(c % 2) * voices + v]);
-      frame[c] = dry * frame[c] + wet * sum;
+      float* line = lines_[c].data();
+      for (int i = 0; i < n; ++i) line[history + i] = block[i * channels + c];
+      std::fill(sum_.begin(), sum_.begin() + n, 0.0f);
+      for (int v = 0; v < voices; ++v) {
+        const double* delay = &delays_[static_cast<std::size_t>((c % 2) * voices + v) * kBlock];
+        // Where each step reads, then the four samples around it, then the
+        // curve: split so that the first and the last run as vector code.
+        for (int i = 0; i < n; ++i) {
+          // A delay of 1 is the frame of this step itself.
+          const double spot = static_cast<double>(history + i + 1) - delay[i];
+          spot_[i] = static_cast<int>(spot);
+          fraction_[i] = static_cast<float>(spot - spot_[i]);
+        }
+        for (int i = 0; i < n; ++i) {
+          const float* x = line + spot_[i];
+          xm_[i] = x[-1], x0_[i] = x[0], x1_[i] = x[1], x2_[i] = x[2];
+        }
+        float* sum = sum_.data();
+        const float *xm = xm_.data(), *x0 = x0_.data(), *x1 = x1_.data(), *x2 = x2_.data(), *f = fraction_.data();
+        for (int i = 0; i < n; ++i) sum[i] += LHermite(xm[i], x0[i], x1[i], x2[i], f[i]);
+      }
+      for (int i = 0; i < n; ++i) block[i * channels + c] = dry * block[i * channels + c] + wet * sum_[i];
+      std::copy(line + n, line + n + history, line);
     }
   }
 }

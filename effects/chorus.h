@@ -46,6 +46,15 @@ protected:
 private:
   LChorusSettings s_;
   double delay_, depth_;  // in frames
-  std::vector<LModulatedDelay> lines_;
+  // Frames run through at a time.
+  static constexpr int kBlock = 512;
+  int history_;  // frames the voices reach back before a run
+  // Per channel the last `history_` frames, then the run: the voices read the
+  // delayed sound straight from it, with no wrapping of a ring.
+  std::vector<std::vector<float>> lines_;
   std::vector<LLfo> lfos_;  // voice by voice, the first channel's then the second's
+  std::vector<double> delays_;  // per oscillator a run of delays in frames
+  // Per step of a run: the voices' sum, where a voice reads and what it reads there.
+  std::vector<float> sum_, fraction_, xm_, x0_, x1_, x2_;
+  std::vector<int> spot_;
 };

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
+#include "effects/fast_math.h"
 #include "effects/preroll.h"
 #include "effects/sound_process_type.h"
 
@@ -58,6 +60,8 @@ LSRCCompressor::LSRCCompressor(const LSoundSource& input, const LCompressorSetti
   rmsCoef_ = Coefficient(kRmsMs, rate);
   delay_ = std::llround(std::max(s_.lookAheadMs, 0.0) * rate / 1000.0);
   line_.assign(static_cast<std::size_t>(delay_ * GetChannels()), 0.0f);
+  level_.resize(kBlock);
+  gains_.resize(kBlock);
 }
 
 double LSRCCompressor::CurveReductionDb(double levelDb) const {
@@ -68,25 +72,39 @@ double LSRCCompressor::CurveReductionDb(double levelDb) const {
   return slope_ * over;
 }
 
-float LSRCCompressor::Detect(const float* frame) {
+void LSRCCompressor::Detect(const float* frames, int n, float* gains) {
   const int channels = GetChannels();
-  double level;
+  double* level = level_.data();
+  // The detector's level per frame, as a power or an amplitude.
   if (s_.rms) {
-    double square = 0;
-    for (int c = 0; c < channels; ++c) square = std::max(square, static_cast<double>(frame[c]) * frame[c]);
-    rmsState_ = square + rmsCoef_ * (rmsState_ - square);
-    level = 10.0 * std::log10(std::max(rmsState_, kFloor * kFloor));
+    for (int i = 0; i < n; ++i) {
+      const float* frame = frames + i * channels;
+      double square = 0;
+      for (int c = 0; c < channels; ++c) square = std::max(square, static_cast<double>(frame[c]) * frame[c]);
+      rmsState_ = square + rmsCoef_ * (rmsState_ - square);
+      level[i] = std::max(rmsState_, kFloor * kFloor);
+    }
   } else {
-    double peak = 0;
-    for (int c = 0; c < channels; ++c) peak = std::max(peak, static_cast<double>(std::abs(frame[c])));
-    level = 20.0 * std::log10(std::max(peak, kFloor));
+    for (int i = 0; i < n; ++i) {
+      const float* frame = frames + i * channels;
+      double peak = 0;
+      for (int c = 0; c < channels; ++c) peak = std::max(peak, static_cast<double>(std::abs(frame[c])));
+      level[i] = std::max(peak, kFloor);
+    }
   }
-  const double target = CurveReductionDb(level);
-  // Rises of the reduction are taken at once and falls follow the release, so
-  // a sine's peaks hold it steady; the attack then smooths the result.
-  peakReduction_ = std::max(target, target + release_ * (peakReduction_ - target));
-  reduction_ = peakReduction_ + attack_ * (reduction_ - peakReduction_);
-  return static_cast<float>(std::pow(10.0, (s_.makeupDb - reduction_) / 20.0));
+  // In dB: a power's tenfold is 10 dB, an amplitude's 20.
+  const double toDb = (s_.rms ? 10.0 : 20.0) * std::numbers::ln2 / std::numbers::ln10;
+  for (int i = 0; i < n; ++i) level[i] = toDb * LFastLog2(level[i]);
+  for (int i = 0; i < n; ++i) {
+    const double target = CurveReductionDb(level[i]);
+    // Rises of the reduction are taken at once and falls follow the release, so
+    // a sine's peaks hold it steady; the attack then smooths the result.
+    peakReduction_ = std::max(target, target + release_ * (peakReduction_ - target));
+    reduction_ = peakReduction_ + attack_ * (reduction_ - peakReduction_);
+    level[i] = reduction_;
+  }
+  const double toOctaves = std::numbers::ln10 / (20.0 * std::numbers::ln2);
+  for (int i = 0; i < n; ++i) gains[i] = static_cast<float>(LFastExp2((s_.makeupDb - level[i]) * toOctaves));
 }
 
 void LSRCCompressor::Read(float* buffer, long long frames) {
@@ -95,20 +113,27 @@ void LSRCCompressor::Read(float* buffer, long long frames) {
     primed_ = true;
     if (delay_ > 0) {
       ReadInput(line_.data(), delay_);
-      for (long long i = 0; i < delay_; ++i) (void)Detect(&line_[static_cast<std::size_t>(i * channels)]);
+      for (long long i = 0; i < delay_; i += kBlock) {
+        const int n = static_cast<int>(std::min<long long>(kBlock, delay_ - i));
+        Detect(&line_[static_cast<std::size_t>(i * channels)], n, gains_.data());
+      }
       lineIndex_ = 0;
     }
   }
   ReadInput(buffer, frames);
-  for (long long i = 0; i < frames; ++i) {
-    float* frame = buffer + i * channels;
-    const float gain = Detect(frame);
-    if (delay_ > 0) {
-      float* held = &line_[static_cast<std::size_t>(lineIndex_ * channels)];
-      for (int c = 0; c < channels; ++c) std::swap(frame[c], held[c]);
-      if (++lineIndex_ == delay_) lineIndex_ = 0;
+  for (long long at = 0; at < frames; at += kBlock) {
+    const int n = static_cast<int>(std::min<long long>(kBlock, frames - at));
+    float* block = buffer + at * channels;
+    Detect(block, n, gains_.data());
+    for (int i = 0; i < n; ++i) {
+      float* frame = block + i * channels;
+      if (delay_ > 0) {
+        float* held = &line_[static_cast<std::size_t>(lineIndex_ * channels)];
+        for (int c = 0; c < channels; ++c) std::swap(frame[c], held[c]);
+        if (++lineIndex_ == delay_) lineIndex_ = 0;
+      }
+      for (int c = 0; c < channels; ++c) frame[c] *= gains_[i];
     }
-    for (int c = 0; c < channels; ++c) frame[c] *= gain;
   }
 }
 

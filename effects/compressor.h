@@ -58,8 +58,11 @@ public:
   double CurveReductionDb(double levelDb) const;
 
 private:
-  // Feeds one input frame to the detector and answers the gain for the frame leaving the delay.
-  float Detect(const float* frame);
+  // Frames run through the detector at a time.
+  static constexpr int kBlock = 256;
+  // Feeds n (at most kBlock) input frames to the detector and answers the gains
+  // for the frames leaving the delay.
+  void Detect(const float* frames, int n, float* gains);
 
   LCompressorSettings s_;
   double slope_;  // 1 - 1/ratio
@@ -69,4 +72,6 @@ private:
   bool primed_ = false;
   std::vector<float> line_;  // delay of `delay_` frames
   long long lineIndex_ = 0;
+  std::vector<double> level_;  // per frame of a run: the level, then the reduction
+  std::vector<float> gains_;
 };

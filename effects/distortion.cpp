@@ -1,9 +1,12 @@
 #include "effects/distortion.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <numbers>
 
+#include "effects/fast_math.h"
 #include "effects/sound_process_type.h"
 
 namespace {
@@ -30,33 +33,41 @@ constexpr double kDcHz = 10.0;
 
 // The curves with their antiderivatives. Each meets its rails with a level
 // tangent; the soft one also with no bend, so its knee is rounder.
+// Both sides of each choice are computed and one picked by its bits, so the
+// loops over runs vectorise.
+double Pick(bool yes, double a, double b) {
+  const std::uint64_t mask = yes ? ~std::uint64_t{0} : 0;
+  return std::bit_cast<double>((std::bit_cast<std::uint64_t>(a) & mask) | (std::bit_cast<std::uint64_t>(b) & ~mask));
+}
+
+// x held to -1 ... 1.
+double Clamp(double x) { return Pick(x > 1.0, 1.0, Pick(x < -1.0, -1.0, x)); }
+
 struct HardCurve {
+  // At the rails the polynomial is exactly 1.
   static double F(double x) {
-    if (x >= 1.0) return 1.0;
-    if (x <= -1.0) return -1.0;
-    return 1.5 * x - 0.5 * x * x * x;
+    const double c = Clamp(x);
+    return 1.5 * c - 0.5 * c * c * c;
   }
   static double A(double x) {
-    if (std::abs(x) >= 1.0) return std::abs(x) - 0.375;
     const double x2 = x * x;
-    return 0.75 * x2 - 0.125 * x2 * x2;
+    const double inside = 0.75 * x2 - 0.125 * x2 * x2;
+    return Pick(std::abs(x) >= 1.0, std::abs(x) - 0.375, inside);
   }
 };
 
 struct SoftCurve {
   // A quintic over twice the hard curve's width.
   static double F(double x) {
-    const double u = 0.5 * x;
-    if (u >= 1.0) return 1.0;
-    if (u <= -1.0) return -1.0;
+    const double u = Clamp(0.5 * x);
     const double u2 = u * u;
     return u * (15.0 - 10.0 * u2 + 3.0 * u2 * u2) / 8.0;
   }
   static double A(double x) {
     const double u = 0.5 * x;
-    if (std::abs(u) >= 1.0) return 2.0 * (std::abs(u) - 0.3125);
     const double u2 = u * u;
-    return 2.0 * u2 * (7.5 - 2.5 * u2 + 0.5 * u2 * u2) / 8.0;
+    const double inside = 2.0 * u2 * (7.5 - 2.5 * u2 + 0.5 * u2 * u2) / 8.0;
+    return Pick(std::abs(u) >= 1.0, 2.0 * (std::abs(u) - 0.3125), inside);
   }
 };
 
@@ -73,18 +84,39 @@ struct TubeCurve {
 // (the difference of its antiderivative over the difference of the samples):
 // what the corners of a hard-driven curve would fold back is smoothed away
 // before it can, which the oversampling alone does not manage at high drive.
+// x and a hold n + 1 values: the run's driven samples and their antiderivatives
+// after the last of the run before.
 template <class Curve>
-void ShapeRun(float* high, int n, double drive, double& previous) {
-  double last = previous, lastA = Curve::A(last);
+inline void ShapeRun(float* high, int n, double drive, double& previous, double* x, double* a) {
+  x[0] = previous;
+  for (int i = 0; i < n; ++i) x[i + 1] = drive * high[i];
+  for (int i = 0; i <= n; ++i) a[i] = Curve::A(x[i]);
+  std::uint64_t close = 0;
   for (int i = 0; i < n; ++i) {
-    const double x = drive * high[i];
-    const double a = Curve::A(x);
-    const double step = x - last;
-    high[i] = static_cast<float>(std::abs(step) > 1e-6 ? (a - lastA) / step : Curve::F(0.5 * (x + last)));
-    last = x;
-    lastA = a;
+    const double step = x[i + 1] - x[i];
+    const bool apart = std::abs(step) > 1e-6;
+    close |= std::bit_cast<std::uint64_t>(Pick(apart, 0.0, 1.0));
+    high[i] = static_cast<float>((a[i + 1] - a[i]) / Pick(apart, step, 1.0));
   }
-  previous = last;
+  // Where two samples nearly meet, the quotient is noise: the curve at their middle instead.
+  if (close) {
+    for (int i = 0; i < n; ++i)
+      if (!(std::abs(x[i + 1] - x[i]) > 1e-6)) high[i] = static_cast<float>(Curve::F(0.5 * (x[i + 1] + x[i])));
+  }
+  previous = x[n];
+}
+
+SONVALE_WIDE_VECTORS
+void ShapeHard(float* high, int n, double drive, double& previous, double* x, double* a) {
+  ShapeRun<HardCurve>(high, n, drive, previous, x, a);
+}
+SONVALE_WIDE_VECTORS
+void ShapeSoft(float* high, int n, double drive, double& previous, double* x, double* a) {
+  ShapeRun<SoftCurve>(high, n, drive, previous, x, a);
+}
+SONVALE_WIDE_VECTORS
+void ShapeTube(float* high, int n, double drive, double& previous, double* x, double* a) {
+  ShapeRun<TubeCurve>(high, n, drive, previous, x, a);
 }
 
 }  // namespace
@@ -111,8 +143,10 @@ LSRCDistortion::LSRCDistortion(const LSoundSource& input, const LDistortionSetti
   channels_.resize(GetChannels());
   for (Channel& c : channels_) c.dry.assign(static_cast<std::size_t>(Latency()), 0.0f);
   in_.resize(kBlock);
-  out_.resize(kBlock);
+  out_.resize(static_cast<std::size_t>(kBlock) * GetChannels());
   high_.resize(kBlock * kLOversampleFactor);
+  driven_.resize(kBlock * kLOversampleFactor + 1);
+  integral_.resize(kBlock * kLOversampleFactor + 1);
 }
 
 void LSRCDistortion::Reset() {
@@ -124,16 +158,16 @@ void LSRCDistortion::Reset() {
   }
 }
 
-void LSRCDistortion::Shape(float* high, int n, double& previous) const {
+void LSRCDistortion::Shape(float* high, int n, double& previous) {
   switch (s_.curve) {
     case kLSPCurveHard:
-      ShapeRun<HardCurve>(high, n, drive_, previous);
+      ShapeHard(high, n, drive_, previous, driven_.data(), integral_.data());
       break;
     case kLSPCurveTube:
-      ShapeRun<TubeCurve>(high, n, drive_, previous);
+      ShapeTube(high, n, drive_, previous, driven_.data(), integral_.data());
       break;
     default:
-      ShapeRun<SoftCurve>(high, n, drive_, previous);
+      ShapeSoft(high, n, drive_, previous, driven_.data(), integral_.data());
   }
 }
 
@@ -149,16 +183,21 @@ void LSRCDistortion::Process(float* buffer, long long frames, long long) {
       for (int i = 0; i < n; ++i) in_[i] = block[i * channels + ch];
       c.oversampler.Up(in_.data(), n, high_.data());
       Shape(high_.data(), n * kLOversampleFactor, c.shaped);
-      c.oversampler.Down(high_.data(), n, out_.data());
-      for (int i = 0; i < n; ++i) {
+      c.oversampler.Down(high_.data(), n, in_.data());
+      // Interleaved again, so the channels' filters below run side by side.
+      for (int i = 0; i < n; ++i) out_[i * channels + ch] = in_[i];
+    }
+    for (int i = 0; i < n; ++i) {
+      for (int ch = 0; ch < channels; ++ch) {
+        Channel& c = channels_[ch];
         // Tone: transposed direct form II; then the blocker of direct current.
-        const double x = out_[i];
+        const double x = out_[i * channels + ch];
         const double y = tone_.b0 * x + c.tone1;
         c.tone1 = tone_.b1 * x - tone_.a1 * y + c.tone2;
         c.tone2 = tone_.b2 * x - tone_.a2 * y;
         c.dcOut = y - c.dcIn + dcPole_ * c.dcOut;
         c.dcIn = y;
-        float late = in_[i];
+        float late = block[i * channels + ch];
         if (latency > 0) {
           std::swap(late, c.dry[c.dryAt]);
           if (++c.dryAt == latency) c.dryAt = 0;

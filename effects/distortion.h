@@ -63,7 +63,7 @@ private:
   };
 
   // Bends a run of high-rate samples by the curve.
-  void Shape(float* high, int n, double& previous) const;
+  void Shape(float* high, int n, double& previous);
 
   LDistortionSettings s_;
   double drive_;
@@ -72,4 +72,5 @@ private:
   double dcPole_;
   std::vector<Channel> channels_;
   std::vector<float> in_, high_, out_;
+  std::vector<double> driven_, integral_;  // a run's driven samples and their antiderivatives
 };

@@ -8,6 +8,14 @@
 #include <numbers>
 #include <vector>
 
+// The cubic Hermite curve through x0 (f = 0) and x1 (f = 1), its slopes taken from xm and x2.
+inline float LHermite(float xm, float x0, float x1, float x2, float f) {
+  const float c1 = 0.5f * (x1 - xm);
+  const float c2 = xm - 2.5f * x0 + 2.0f * x1 - 0.5f * x2;
+  const float c3 = 0.5f * (x2 - xm) + 1.5f * (x0 - x1);
+  return ((c3 * f + c2) * f + c1) * f + x0;
+}
+
 // One channel's delay line. Read(d) gives the sample d frames before the next
 // write (d = 1 is the newest), by cubic Hermite interpolation, which keeps the
 // highs of a moving delay that a straight line would dull.
@@ -41,10 +49,7 @@ public:
     const float f = static_cast<float>(at - static_cast<double>(i));
     const float xm = line_[(i - 1) & mask_], x0 = line_[i & mask_], x1 = line_[(i + 1) & mask_],
                 x2 = line_[(i + 2) & mask_];
-    const float c1 = 0.5f * (x1 - xm);
-    const float c2 = xm - 2.5f * x0 + 2.0f * x1 - 0.5f * x2;
-    const float c3 = 0.5f * (x2 - xm) + 1.5f * (x0 - x1);
-    return ((c3 * f + c2) * f + c1) * f + x0;
+    return LHermite(xm, x0, x1, x2, f);
   }
 
 private:
@@ -71,17 +76,32 @@ public:
 
   double At(long long frame) {
     const long long segment = frame >> kShift;
-    if (segment != segment_) {
-      segment_ = segment;
-      from_ = LLfoSine(LLfoPhase(hz_, rate_, segment << kShift, offset_));
-      step_ = (LLfoSine(LLfoPhase(hz_, rate_, (segment + 1) << kShift, offset_)) - from_) / (1 << kShift);
-    }
+    Enter(segment);
     return from_ + step_ * static_cast<double>(frame - (segment << kShift));
+  }
+  // At(first + i) into out[i] for i < n, segment by segment.
+  void Run(long long first, int n, double* out) {
+    for (int i = 0; i < n;) {
+      const long long segment = (first + i) >> kShift;
+      Enter(segment);
+      const long long corner = segment << kShift;
+      const int end = static_cast<int>(std::min<long long>(n, corner + (1 << kShift) - first));
+      for (; i < end; ++i) out[i] = from_ + step_ * static_cast<double>(first + i - corner);
+    }
   }
 
 private:
+  void Enter(long long segment) {
+    if (segment == segment_) return;
+    // Reading straight on, this corner is the last segment's far one.
+    from_ = segment == segment_ + 1 ? to_ : LLfoSine(LLfoPhase(hz_, rate_, segment << kShift, offset_));
+    to_ = LLfoSine(LLfoPhase(hz_, rate_, (segment + 1) << kShift, offset_));
+    step_ = (to_ - from_) / (1 << kShift);
+    segment_ = segment;
+  }
+
   static constexpr int kShift = 4;
   double hz_, rate_, offset_;
   long long segment_ = -(1LL << 62);
-  double from_ = 0, step_ = 0;
+  double from_ = 0, to_ = 0, step_ = 0;
 };

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "effects/fast_math.h"
+
 namespace {
 
 double BesselI0(double x) {
@@ -27,15 +29,28 @@ int HalfLength(double db, double transition) {
 
 constexpr double kStopDb = 90.0;
 
-// sum[j] += gain * taps[q] * line[from + j - q] over the taps, for j < n: the
-// history lies before `from`.
+// sum[j] = gain * taps[q] * line[from + j - q] summed over the taps, for j < n:
+// the history lies before `from`. Runs of outputs are summed in registers, tap
+// by tap, so each output is loaded and stored once.
+SONVALE_WIDE_VECTORS
 void Convolve(const std::vector<float>& taps, const float* line, int from, int n, float gain, float* sum) {
-  std::fill(sum, sum + n, 0.0f);
+  constexpr int kRun = 32;
   const int count = static_cast<int>(taps.size());
-  for (int q = 0; q < count; ++q) {
-    const float c = gain * taps[q];
-    const float* x = line + from - q;
-    for (int j = 0; j < n; ++j) sum[j] += c * x[j];
+  const float* tap = taps.data();
+  int j0 = 0;
+  for (; j0 + kRun <= n; j0 += kRun) {
+    float acc[kRun] = {};
+    for (int q = 0; q < count; ++q) {
+      const float c = gain * tap[q];
+      const float* x = line + from + j0 - q;
+      for (int k = 0; k < kRun; ++k) acc[k] += c * x[k];
+    }
+    std::copy(acc, acc + kRun, sum + j0);
+  }
+  for (int j = j0; j < n; ++j) {
+    float acc = 0.0f;
+    for (int q = 0; q < count; ++q) acc += gain * tap[q] * line[from + j - q];
+    sum[j] = acc;
   }
 }
 
@@ -65,6 +80,7 @@ void LOversampler::Stage::Reset() {
   up_.assign(static_cast<std::size_t>(history), 0.0f);
   even_.assign(static_cast<std::size_t>(history), 0.0f);
   odd_.assign(static_cast<std::size_t>((half_ + 1) / 2), 0.0f);
+  std::fill(lead_.begin(), lead_.end(), 0.0f);
 }
 
 void LOversampler::Stage::Up(const float* in, int n, float* out) {
@@ -88,9 +104,23 @@ void LOversampler::Stage::Down(const float* in, int n, float* out) {
   const int back = (half_ + 1) / 2;
   even_.resize(static_cast<std::size_t>(history + n));
   odd_.resize(static_cast<std::size_t>(back + n));
-  for (int j = 0; j < n; ++j) {
-    even_[history + j] = in[2 * j];
-    odd_[back + j] = in[2 * j + 1];
+  // The input runs `lead` samples late: the held ones first, then the run's.
+  const int lead = static_cast<int>(lead_.size());
+  const int held = std::min(n, (lead + 1) / 2);
+  for (int j = 0; j < held; ++j) {
+    const int i = 2 * j - lead;
+    even_[history + j] = i < 0 ? lead_[lead + i] : in[i];
+    odd_[back + j] = i + 1 < 0 ? lead_[lead + i + 1] : in[i + 1];
+  }
+  for (int j = held; j < n; ++j) {
+    even_[history + j] = in[2 * j - lead];
+    odd_[back + j] = in[2 * j + 1 - lead];
+  }
+  if (lead > 2 * n) {
+    std::copy(lead_.begin() + 2 * n, lead_.end(), lead_.begin());
+    std::copy(in, in + 2 * n, lead_.end() - 2 * n);
+  } else if (lead > 0) {
+    std::copy(in + 2 * n - lead, in + 2 * n, lead_.begin());
   }
   Convolve(taps_, even_.data(), history, n, 1.0f, out);
   for (int j = 0; j < n; ++j) out[j] += 0.5f * odd_[j];
@@ -107,28 +137,20 @@ LOversampler::LOversampler() {
   int high = 0;  // the round trip's delay in high-rate samples
   for (std::size_t s = 0; s < stages_.size(); ++s) high += 2 * stages_[s].Half() << (stages_.size() - 1 - s);
   const int extra = (kLOversampleFactor - high % kLOversampleFactor) % kLOversampleFactor;
-  pad_.assign(static_cast<std::size_t>(extra), 0.0f);
+  stages_.back().SetLead(extra);
   latency_ = (high + extra) / kLOversampleFactor;
 }
 
 void LOversampler::Reset() {
   for (Stage& stage : stages_) stage.Reset();
-  std::fill(pad_.begin(), pad_.end(), 0.0f);
 }
 
 void LOversampler::Up(const float* in, int n, float* out) {
   a_.resize(static_cast<std::size_t>(n) * kLOversampleFactor);
-  b_.resize(a_.size() + pad_.size());
+  b_.resize(a_.size());
   stages_[0].Up(in, n, a_.data());
   stages_[1].Up(a_.data(), 2 * n, b_.data());
   stages_[2].Up(b_.data(), 4 * n, out);
-  if (!pad_.empty()) {
-    const int high = kLOversampleFactor * n, extra = static_cast<int>(pad_.size());
-    std::copy(pad_.begin(), pad_.end(), b_.begin());
-    std::copy(out, out + high, b_.begin() + extra);
-    std::copy(b_.begin(), b_.begin() + high, out);
-    std::copy(b_.begin() + high, b_.begin() + high + extra, pad_.begin());
-  }
 }
 
 void LOversampler::Down(const float* in, int n, float* out) {

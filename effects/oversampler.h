@@ -6,7 +6,7 @@
 // The first stage holds the band to 20 kHz (at 44.1 kHz) and stops from the
 // mirror of 20 kHz on by 90 dB; the later stages have room to spare and are
 // short. The round trip delays the sound by Latency() frames of the base rate, a
-// whole number: the high-rate part is padded to a multiple of eight.
+// whole number: the high-rate stream is delayed on its way down to a multiple of eight.
 #include <vector>
 
 inline constexpr int kLOversampleFactor = 8;
@@ -33,17 +33,19 @@ public:
     void Down(const float* in, int n, float* out);
     void Reset();
     int Half() const { return half_; }
+    // Delays what Down takes by `lead` (up to 2 * n) samples of its input rate.
+    void SetLead(int lead) { lead_.assign(static_cast<std::size_t>(lead), 0.0f); }
 
   private:
     int half_;
     std::vector<float> taps_;  // the even taps of the causal filter, the odd ones lie on zeros
     // Each run of samples with the history the filter reaches back into before it.
     std::vector<float> up_, even_, odd_, sum_;
+    std::vector<float> lead_;  // the last `lead` samples Down was given
   };
 
 private:
   std::vector<Stage> stages_;  // lowest rate first
   std::vector<float> a_, b_;   // scratch between stages
-  std::vector<float> pad_;     // high-rate delay that makes the latency whole
   int latency_ = 0;
 };

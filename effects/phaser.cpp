@@ -72,7 +72,8 @@ void LSRCPhaser::Read(float* buffer, long long frames) {
       for (int k = 0; k < stages_; ++k) {
         double& x1 = s[1 + 2 * k];
         double& y1 = s[2 + 2 * k];
-        const double y = a * x + x1 - a * y1;
+        // The part from the last frame first: only one multiply and add wait for x.
+        const double y = a * x + (x1 - a * y1);
         x1 = x;
         y1 = y;
         x = y;
