@@ -30,6 +30,7 @@
 #include "app/ef_normalize_lossless.h"
 #include "app/ef_process_effect.h"
 #include "app/ef_reduce_vocals.h"
+#include "app/ef_change_speed_pitch.h"
 #include "app/ef_reverse.h"
 #include "app/ef_stereo_pan.h"
 #include "app/file_gui.h"
@@ -179,6 +180,10 @@ SVCommandResult SVCommandDispatcher::Dispatch(const SVCommandInfo& info, const S
     case kSVCmdAutoGain:
     case kSVCmdReduceVocals:
     case kSVCmdCBRadio:
+    case kSVCmdTempo:
+    case kSVCmdPitch:
+    case kSVCmdSpeed:
+    case kSVCmdVoicePitch:
     case kSVCmdFadeIn:
     case kSVCmdFadeOut:
     case kSVCmdDcOffset:
@@ -481,6 +486,26 @@ SVCommandResult SVCommandDispatcher::Process(const SVCommandInfo& info, const SV
     case kSVCmdCBRadio:
       edit = std::make_unique<SVEfEffectChainCBRadio>(list, sel);
       break;
+    case kSVCmdTempo:
+    case kSVCmdSpeed: {
+      if (value < 10 || value > 1000) return Failed("Tempo und Geschwindigkeit werden in Prozent von 10 bis 1000 angegeben.");
+      const bool tempo = info.id == kSVCmdTempo;
+      edit = std::make_unique<SVEfChangeSpeedPitch>(
+          list, sel, tempo ? SVSpeedPitchMode::kTempo : SVSpeedPitchMode::kBoth,
+          tempo ? SVEfChangeSpeedPitch::Tempo(value) : SVEfChangeSpeedPitch::Speed(value));
+      break;
+    }
+    case kSVCmdPitch:
+    case kSVCmdVoicePitch: {
+      const double cents = NumberOr(args, 1, 0);
+      if (value < -24 || value > 24 || value != std::floor(value) || cents < -100 || cents > 100)
+        return Failed("Die Tonhöhe wird in ganzen Halbtönen von -24 bis 24 und Cent von -100 bis 100 angegeben.");
+      auto pitch = std::make_unique<SVEfChangeSpeedPitch>(list, sel, SVSpeedPitchMode::kPitch,
+                                                          SVEfChangeSpeedPitch::Pitch(value, cents));
+      pitch->KeepFormants(info.id == kSVCmdVoicePitch);
+      edit = std::move(pitch);
+      break;
+    }
     case kSVCmdFadeIn:
     case kSVCmdFadeOut:
       edit = std::make_unique<SVEfEnvelope>(list, sel,
