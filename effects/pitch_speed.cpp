@@ -95,8 +95,9 @@ struct LSRCStretch::Engine {
 LSRCStretch::LSRCStretch(const LSoundSource& input, const LStretchSettings& settings)
     : LSoundProcessBase(input), s_(settings) {
   using RB = RubberBand::RubberBandStretcher;
-  RB::Options options = RB::OptionProcessRealTime | RB::OptionChannelsTogether | RB::OptionPitchHighConsistency;
-  options |= s_.preview ? RB::OptionEngineFaster : RB::OptionEngineFiner;
+  RB::Options options = RB::OptionProcessRealTime | RB::OptionChannelsTogether;
+  options |= s_.preview ? RB::OptionEngineFaster | RB::OptionPitchHighSpeed
+                       : RB::OptionEngineFiner | RB::OptionPitchHighQuality;
   if (s_.formants) options |= RB::OptionFormantPreserved;
   const int channels = GetChannels();
   engine_ = std::make_unique<Engine>(GetSampleRate(), channels, options, s_.timeRatio, s_.pitchScale);
