@@ -31,6 +31,7 @@
 #include "app/ef_process_effect.h"
 #include "app/ef_reduce_vocals.h"
 #include "app/ef_change_speed_pitch.h"
+#include "app/ef_ps_profile.h"
 #include "app/ef_reverse.h"
 #include "app/ef_stereo_pan.h"
 #include "app/file_gui.h"
@@ -184,6 +185,7 @@ SVCommandResult SVCommandDispatcher::Dispatch(const SVCommandInfo& info, const S
     case kSVCmdPitch:
     case kSVCmdSpeed:
     case kSVCmdVoicePitch:
+    case kSVCmdPSProfile:
     case kSVCmdFadeIn:
     case kSVCmdFadeOut:
     case kSVCmdDcOffset:
@@ -504,6 +506,19 @@ SVCommandResult SVCommandDispatcher::Process(const SVCommandInfo& info, const SV
                                                           SVEfChangeSpeedPitch::Pitch(value, cents));
       pitch->KeepFormants(info.id == kSVCmdVoicePitch);
       edit = std::move(pitch);
+      break;
+    }
+    case kSVCmdPSProfile: {
+      std::vector<LStretchPoint> points;
+      for (const std::string& text : args.texts) {
+        LStretchPoint point;
+        if (!SVEfPSProfile::ParsePoint(text, point))
+          return Failed("Aufruf: profil ANTEIL%=TEMPO%[:HALBTÖNE] ..., zum Beispiel \"profil 0=100 100=50:-12\" "
+                        "(Tempo 10 bis 1000 %, Halbtöne -24 bis 24)");
+        points.push_back(point);
+      }
+      if (points.empty()) return Failed("Aufruf: profil ANTEIL%=TEMPO%[:HALBTÖNE] ...");
+      edit = std::make_unique<SVEfPSProfile>(list, sel, std::move(points));
       break;
     }
     case kSVCmdFadeIn:

@@ -6,6 +6,7 @@
 #include "app/edit_commands.h"
 #include "app/ef_effect_chain_cb_radio.h"
 #include "app/ef_reduce_vocals.h"
+#include "app/ef_ps_profile.h"
 #include "app/ef_auto_gain_control.h"
 #include "app/ef_normalize_lossless.h"
 #include "app/ef_convert_channels.h"
@@ -72,6 +73,8 @@ const SVCommandInfo kTable[] = {
      {{A::kNumber, "PROZENT"}}},
     {kSVCmdVoicePitch, "stimmpitch", "Tonhöhe ändern", kProcesses, C::kSelection, kDoc,
      {{A::kNumber, "HALBTÖNE"}, {A::kNumber, "CENT", true}}},
+    {kSVCmdPSProfile, "profil", kSVPSProfileLabel, kProcesses, C::kSelection, kDoc,
+     {{A::kTexts, "ANTEIL%=TEMPO%[:HALBTÖNE]"}}},
     {kSVCmdMp3Gain, "mp3gain", kSVNormalizeLosslessLabel, kProcesses, C::kDocument, kDoc, {{A::kNumber, "DB"}}},
     {kSVCmdFadeIn, "fadein", "Einblenden", kProcesses, C::kSelection, kDoc, {}},
     {kSVCmdFadeOut, "fadeout", "Ausblenden", kProcesses, C::kSelection, kDoc, {}},

@@ -65,6 +65,7 @@ enum SVCommandId : int {
   kSVCmdPitch = 9522,
   kSVCmdSpeed = 9523,
   kSVCmdVoicePitch = 9524,
+  kSVCmdPSProfile = 9525,
   kSVCmdBookmarkAdd = 9601,
   kSVCmdBookmarkDelete = 9602,
   kSVCmdBookmarks = 9603,

@@ -42,6 +42,20 @@ constexpr long long kBlock = 1024;
 
 double PitchScale(double semitones, double cents) { return std::pow(2.0, (semitones + cents / 100.0) / 12.0); }
 
+// The curve's tempo and pitch at share x of the input.
+LStretchPoint ProfileAt(const std::vector<LStretchPoint>& profile, double x) {
+  if (x <= profile.front().at) return profile.front();
+  for (std::size_t i = 1; i < profile.size(); ++i) {
+    const LStretchPoint& a = profile[i - 1];
+    const LStretchPoint& b = profile[i];
+    if (x <= b.at) {
+      const double t = b.at > a.at ? (x - a.at) / (b.at - a.at) : 1.0;
+      return {x, a.tempoPercent + t * (b.tempoPercent - a.tempoPercent), a.semitones + t * (b.semitones - a.semitones)};
+    }
+  }
+  return profile.back();
+}
+
 // The input under a faster (or slower) clock: resampled back to the real rate,
 // pace and pitch move together.
 class LSRCClock final : public LSoundProcessBase {
@@ -75,7 +89,7 @@ LSoundSource LSPPitch::OpenSource(LSoundSource& input) {
 
 LSoundSource LOpenPitchSpeed(LSoundSource& input, const LStretchSettings& stretch, double speed) {
   LSoundSource current = input;
-  if (stretch.timeRatio != 1.0 || stretch.pitchScale != 1.0) current = LMakeSource<LSRCStretch>(current, stretch);
+  if (stretch.timeRatio != 1.0 || stretch.pitchScale != 1.0 || !stretch.profile.empty()) current = LMakeSource<LSRCStretch>(current, stretch);
   if (speed != 1.0) {
     const std::uint32_t rate = current.GetSampleRate();
     const auto faster = static_cast<std::uint32_t>(std::llround(rate * speed));
@@ -99,6 +113,22 @@ LSRCStretch::LSRCStretch(const LSoundSource& input, const LStretchSettings& sett
   options |= s_.preview ? RB::OptionEngineFaster | RB::OptionPitchHighSpeed
                        : RB::OptionEngineFiner | RB::OptionPitchHighQuality;
   if (s_.formants) options |= RB::OptionFormantPreserved;
+  if (!s_.profile.empty()) {
+    // A pitch that moves must not jump where the stretcher switches its resampler.
+    options |= RB::OptionPitchHighConsistency;
+    std::sort(s_.profile.begin(), s_.profile.end(),
+              [](const LStretchPoint& a, const LStretchPoint& b) { return a.at < b.at; });
+    for (LStretchPoint& p : s_.profile) p.tempoPercent = std::clamp(p.tempoPercent, 10.0, 1000.0);
+    const long long in = std::max(0LL, Input().GetEndSample());
+    blockOut_.reserve(static_cast<std::size_t>(in / kBlock + 2));
+    double out = 0;
+    for (long long at = 0; at < in; at += kBlock) {
+      blockOut_.push_back(out);
+      const double x = in > 0 ? static_cast<double>(at) / static_cast<double>(in) : 0.0;
+      out += static_cast<double>(std::min(kBlock, in - at)) * 100.0 / ProfileAt(s_.profile, x).tempoPercent;
+    }
+    blockOut_.push_back(out);
+  }
   const int channels = GetChannels();
   engine_ = std::make_unique<Engine>(GetSampleRate(), channels, options, s_.timeRatio, s_.pitchScale);
   engine_->stretcher.setMaxProcessSize(kBlock);
@@ -110,6 +140,7 @@ LSRCStretch::LSRCStretch(const LSoundSource& input, const LStretchSettings& sett
 LSRCStretch::~LSRCStretch() = default;
 
 long long LSRCStretch::GetEndSample() const {
+  if (!blockOut_.empty()) return std::llround(blockOut_.back());
   const long long in = Input().GetEndSample();
   return in < 0 ? in : std::llround(static_cast<double>(in) * s_.timeRatio);
 }
@@ -117,8 +148,7 @@ long long LSRCStretch::GetEndSample() const {
 void LSRCStretch::Restart(long long inputFrame) {
   RubberBand::RubberBandStretcher& rb = engine_->stretcher;
   rb.reset();
-  rb.setTimeRatio(s_.timeRatio);
-  rb.setPitchScale(s_.pitchScale);
+  SetBlockRatios(inputFrame);
   Input().Seek(inputFrame);
   inputAt_ = inputFrame;
   // The pad lets the first frame come out whole; the delay is what the stretcher holds back.
@@ -130,7 +160,21 @@ void LSRCStretch::Restart(long long inputFrame) {
   discard_ = static_cast<long long>(rb.getStartDelay());
 }
 
+void LSRCStretch::SetBlockRatios(long long at) {
+  RubberBand::RubberBandStretcher& rb = engine_->stretcher;
+  if (s_.profile.empty()) {
+    rb.setTimeRatio(s_.timeRatio);
+    rb.setPitchScale(s_.pitchScale);
+    return;
+  }
+  const double in = static_cast<double>(std::max(1LL, Input().GetEndSample()));
+  const LStretchPoint p = ProfileAt(s_.profile, std::min(1.0, static_cast<double>(at) / in));
+  rb.setTimeRatio(100.0 / p.tempoPercent);
+  rb.setPitchScale(PitchScale(p.semitones, 0.0));
+}
+
 void LSRCStretch::Feed() {
+  if (!s_.profile.empty()) SetBlockRatios(inputAt_);
   const int channels = GetChannels();
   const long long end = Input().GetEndSample();
   const long long real = std::clamp(end - inputAt_, 0LL, kBlock);
@@ -178,6 +222,15 @@ void LSRCStretch::Read(float* buffer, long long frames) {
 
 void LSRCStretch::Seek(long long frame) {
   frame = std::max(0LL, frame);
+  if (!blockOut_.empty()) {
+    // The block whose output holds the target, from its start on.
+    const auto next = std::upper_bound(blockOut_.begin(), blockOut_.end() - 1, static_cast<double>(frame));
+    const long long block = std::max<long long>(0, next - blockOut_.begin() - 1);
+    Restart(block * kBlock);
+    discard_ += std::max(0LL, frame - std::llround(blockOut_[static_cast<std::size_t>(block)]));
+    position_ = frame;
+    return;
+  }
   const auto at = static_cast<long long>(std::floor(static_cast<double>(frame) / s_.timeRatio));
   Restart(at);
   // Whatever of the target lies between input frames.

@@ -50,11 +50,21 @@ private:
   bool preview_ = false;
 };
 
+// One point of a tempo and pitch curve: at a share of the input (0 ... 1), the
+// tempo in percent and the pitch in semitones; between points both go straight.
+struct LStretchPoint {
+  double at;
+  double tempoPercent;
+  double semitones;
+};
+
 struct LStretchSettings {
   double timeRatio = 1.0;   // output length / input length
   double pitchScale = 1.0;  // frequency factor
   bool formants = false;
   bool preview = false;
+  // When not empty, tempo and pitch follow it instead, set anew for every block fed.
+  std::vector<LStretchPoint> profile;
 };
 
 // Input through a rubberband stretcher in its real-time mode, fed in blocks of
@@ -77,6 +87,10 @@ private:
   void Restart(long long inputFrame);
   // Feeds one block to the stretcher (silence past the input's end).
   void Feed();
+  // The time ratio and pitch scale for the block starting at input frame at.
+  void SetBlockRatios(long long at);
+  // Output frame where each input block starts; the last entry is the end.
+  std::vector<double> blockOut_;
 
   struct Engine;
   LStretchSettings s_;

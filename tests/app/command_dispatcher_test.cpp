@@ -72,6 +72,7 @@ TEST_F(CommandDispatcherTest, EveryCommandRunsUnderItsLabelAndNeedsWhatTheTableS
       {kSVCmdPitch, {Numbers({3, 50})}},
       {kSVCmdSpeed, {Numbers({80})}},
       {kSVCmdVoicePitch, {Numbers({-3})}},
+      {kSVCmdPSProfile, {Texts({"0=100", "100=80:2"})}},
       {kSVCmdEffect, {Texts({"echo"})}},
       {kSVCmdChain, {Texts({chainFile})}},
       {kSVCmdChainSave, {Texts({temp_.File("neu.ecf")})}},

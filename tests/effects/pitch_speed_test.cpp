@@ -91,3 +91,16 @@ TEST(PitchSpeed, OddBlocksReadTheSameAndASeekLandsOnTheTone) {
   EXPECT_EQ(out.GetPositionSample(), at + kRate / 2);
   EXPECT_NEAR(Hz(part, 2, kRate / 10, kRate / 3), 440.0 * std::pow(2.0, -5.0 / 12.0), 1.0);
 }
+
+TEST(PitchSpeed, AProfileSlowsDownAndRisesAlongItsCurve) {
+  LStretchSettings s;
+  s.profile = {{1.0, 50.0, 12.0}, {0.0, 100.0, 0.0}, {0.5, 100.0, 0.0}};
+  LSoundSource in = MakeBufferSource(Sine(440.0, 0.5, kRate, kFrames, 1), kRate, 1);
+  LSoundSource out = LOpenPitchSpeed(in, s, 1.0);
+  // Half as it was, then the integral of 100 / tempo over a tempo going straight from 100 to 50 %: 2 ln 2.
+  const long long end = out.GetEndSample();
+  EXPECT_NEAR(static_cast<double>(end) / kFrames, 0.5 + std::log(2.0), 0.01);
+  const std::vector<float> y = ReadAll(out, end, 777);
+  EXPECT_NEAR(Hz(y, 1, kRate / 10, kRate / 2), 440.0, 1.0);
+  EXPECT_NEAR(Hz(y, 1, end - kRate / 10, kRate / 20), 880.0, 30.0);
+}
