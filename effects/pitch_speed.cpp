@@ -89,7 +89,8 @@ LSoundSource LSPPitch::OpenSource(LSoundSource& input) {
 
 LSoundSource LOpenPitchSpeed(LSoundSource& input, const LStretchSettings& stretch, double speed) {
   LSoundSource current = input;
-  if (stretch.timeRatio != 1.0 || stretch.pitchScale != 1.0 || !stretch.profile.empty()) current = LMakeSource<LSRCStretch>(current, stretch);
+  if (stretch.timeRatio != 1.0 || stretch.pitchScale != 1.0 || !stretch.profile.empty())
+    current = LMakeSource<LSRCStretch>(current, stretch);
   if (speed != 1.0) {
     const std::uint32_t rate = current.GetSampleRate();
     const auto faster = static_cast<std::uint32_t>(std::llround(rate * speed));
