@@ -30,6 +30,8 @@
 #include "app/ef_normalize_lossless.h"
 #include "app/ef_process_effect.h"
 #include "app/ef_reduce_vocals.h"
+#include "app/ef_change_speed_pitch.h"
+#include "app/ef_ps_profile.h"
 #include "app/ef_restoration.h"
 #include "app/ef_reverse.h"
 #include "app/ef_stereo_pan.h"
@@ -181,6 +183,11 @@ SVCommandResult SVCommandDispatcher::Dispatch(const SVCommandInfo& info, const S
     case kSVCmdAutoGain:
     case kSVCmdReduceVocals:
     case kSVCmdCBRadio:
+    case kSVCmdTempo:
+    case kSVCmdPitch:
+    case kSVCmdSpeed:
+    case kSVCmdVoicePitch:
+    case kSVCmdPSProfile:
     case kSVCmdFadeIn:
     case kSVCmdFadeOut:
     case kSVCmdDcOffset:
@@ -488,6 +495,39 @@ SVCommandResult SVCommandDispatcher::Process(const SVCommandInfo& info, const SV
     case kSVCmdCBRadio:
       edit = std::make_unique<SVEfEffectChainCBRadio>(list, sel);
       break;
+    case kSVCmdTempo:
+    case kSVCmdSpeed: {
+      if (value < 10 || value > 1000) return Failed("Tempo und Geschwindigkeit werden in Prozent von 10 bis 1000 angegeben.");
+      const bool tempo = info.id == kSVCmdTempo;
+      edit = std::make_unique<SVEfChangeSpeedPitch>(
+          list, sel, tempo ? SVSpeedPitchMode::kTempo : SVSpeedPitchMode::kBoth,
+          tempo ? SVEfChangeSpeedPitch::Tempo(value) : SVEfChangeSpeedPitch::Speed(value));
+      break;
+    }
+    case kSVCmdPitch:
+    case kSVCmdVoicePitch: {
+      const double cents = NumberOr(args, 1, 0);
+      if (value < -24 || value > 24 || value != std::floor(value) || cents < -100 || cents > 100)
+        return Failed("Die Tonhöhe wird in ganzen Halbtönen von -24 bis 24 und Cent von -100 bis 100 angegeben.");
+      auto pitch = std::make_unique<SVEfChangeSpeedPitch>(list, sel, SVSpeedPitchMode::kPitch,
+                                                          SVEfChangeSpeedPitch::Pitch(value, cents));
+      pitch->KeepFormants(info.id == kSVCmdVoicePitch);
+      edit = std::move(pitch);
+      break;
+    }
+    case kSVCmdPSProfile: {
+      std::vector<LStretchPoint> points;
+      for (const std::string& text : args.texts) {
+        LStretchPoint point;
+        if (!SVEfPSProfile::ParsePoint(text, point))
+          return Failed("Aufruf: profil ANTEIL%=TEMPO%[:HALBTÖNE] ..., zum Beispiel \"profil 0=100 100=50:-12\" "
+                        "(Tempo 10 bis 1000 %, Halbtöne -24 bis 24)");
+        points.push_back(point);
+      }
+      if (points.empty()) return Failed("Aufruf: profil ANTEIL%=TEMPO%[:HALBTÖNE] ...");
+      edit = std::make_unique<SVEfPSProfile>(list, sel, std::move(points));
+      break;
+    }
     case kSVCmdFadeIn:
     case kSVCmdFadeOut:
       edit = std::make_unique<SVEfEnvelope>(list, sel,

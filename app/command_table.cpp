@@ -6,6 +6,7 @@
 #include "app/edit_commands.h"
 #include "app/ef_effect_chain_cb_radio.h"
 #include "app/ef_reduce_vocals.h"
+#include "app/ef_ps_profile.h"
 #include "app/ef_restoration.h"
 #include "app/ef_auto_gain_control.h"
 #include "app/ef_normalize_lossless.h"
@@ -66,6 +67,15 @@ const SVCommandInfo kTable[] = {
     {kSVCmdAutoGain, "autogain", kSVAutoGainControlLabel, kProcesses, C::kSelection, kDoc, {{A::kNumber, "LUFS", true}}},
     {kSVCmdReduceVocals, "reducevocals", kSVReduceVocalsLabel, kProcesses, C::kSelection, kStereo, {}},
     {kSVCmdCBRadio, "cbradio", kSVCBRadioLabel, kProcesses, C::kSelection, kDoc, {}},
+    {kSVCmdTempo, "tempo", "Tempo ändern", kProcesses, C::kSelection, kDoc, {{A::kNumber, "PROZENT"}}},
+    {kSVCmdPitch, "tonhoehe", "Tonhöhe ändern", kProcesses, C::kSelection, kDoc,
+     {{A::kNumber, "HALBTÖNE"}, {A::kNumber, "CENT", true}}},
+    {kSVCmdSpeed, "geschwindigkeit", "Tempo und Tonhöhe ändern", kProcesses, C::kSelection, kDoc,
+     {{A::kNumber, "PROZENT"}}},
+    {kSVCmdVoicePitch, "stimmpitch", "Tonhöhe ändern", kProcesses, C::kSelection, kDoc,
+     {{A::kNumber, "HALBTÖNE"}, {A::kNumber, "CENT", true}}},
+    {kSVCmdPSProfile, "profil", kSVPSProfileLabel, kProcesses, C::kSelection, kDoc,
+     {{A::kTexts, "ANTEIL%=TEMPO%[:HALBTÖNE]"}}},
     {kSVCmdClickPop, "clickpop", kSVClickPopLabel, kProcesses, C::kSelection, kDoc,
      {{A::kNumber, "EMPFINDLICHKEIT", true}, {A::kNumber, "MS", true}}},
     {kSVCmdRepair, "reparieren", kSVManualClickPopLabel, kProcesses, C::kSelection, kSel, {}},

@@ -22,6 +22,7 @@
 #include "effects/multiband_gate.h"
 #include "effects/noise_reduce.h"
 #include "effects/phaser.h"
+#include "effects/pitch_speed.h"
 #include "effects/point_list.h"
 #include "effects/reduce_vocals.h"
 #include "effects/reverb.h"
@@ -257,6 +258,32 @@ void BM_Vibrato(benchmark::State& state) {
   ReadRealTime(state, vibrato);
 }
 BENCHMARK(BM_Vibrato)->UseRealTime()->Iterations(600)->Unit(benchmark::kMillisecond);
+
+// Tempo and pitch in rubberband's engine for rendering and in its faster one for
+// preview; one second of output per iteration.
+void BM_PitchShift(benchmark::State& state) {
+  LSPPitch pitch;
+  pitch.SetValue(kLSPPitchSemitones, 3);
+  pitch.SetPreview(state.range(0) != 0);
+  ReadRealTime(state, pitch);
+}
+BENCHMARK(BM_PitchShift)->Arg(0)->Arg(1)->UseRealTime()->MinTime(3.0)->Unit(benchmark::kMillisecond);
+
+void BM_Tempo(benchmark::State& state) {
+  LSPPitchSpeed tempo;
+  tempo.SetValue(kLSPPitchSpeedTempo, 80);
+  tempo.SetPreview(state.range(0) != 0);
+  ReadRealTime(state, tempo);
+}
+BENCHMARK(BM_Tempo)->Arg(0)->Arg(1)->UseRealTime()->MinTime(3.0)->Unit(benchmark::kMillisecond);
+
+// Speed by resampling alone.
+void BM_Speed(benchmark::State& state) {
+  LSPPitchSpeed speed;
+  speed.SetValue(kLSPPitchSpeedSpeed, 125);
+  ReadRealTime(state, speed);
+}
+BENCHMARK(BM_Speed)->UseRealTime()->MinTime(3.0)->Unit(benchmark::kMillisecond);
 
 // The noise alone: what the numbers above include for their input.
 void BM_NoiseInput(benchmark::State& state) {

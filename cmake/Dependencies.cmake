@@ -29,6 +29,10 @@ add_compile_definitions(SONVALE_HAVE_FFTW=1)
 pkg_check_modules(EBUR128 REQUIRED IMPORTED_TARGET libebur128)
 list(APPEND SONVALE_EFFECT_LIBS PkgConfig::EBUR128)
 
+# Tempo and pitch are stretched by librubberband.
+pkg_check_modules(RUBBERBAND REQUIRED IMPORTED_TARGET rubberband)
+list(APPEND SONVALE_EFFECT_LIBS PkgConfig::RUBBERBAND)
+
 # Rate conversion sits in the engine.
 set(SONVALE_ENGINE_LIBS "")
 pkg_check_modules(SOXR IMPORTED_TARGET soxr)

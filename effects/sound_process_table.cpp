@@ -19,6 +19,7 @@
 #include "effects/parametric_eq.h"
 #include "effects/pass_filter.h"
 #include "effects/phaser.h"
+#include "effects/pitch_speed.h"
 #include "effects/reverb.h"
 #include "effects/sound_process_type.h"
 #include "effects/telephone.h"
@@ -49,8 +50,8 @@ constexpr LSoundProcessTypeRow kRows[] = {
     {kLSPTypeParametricEqBand, "parametrischereq", "Parametrischer EQ", Make<LSPParametricEqBand>},
     {kLSPTypeGraphicEqBand, "grafischereq", "Grafischer EQ", Make<LSPGraphicEqBand>},
     {kLSPTypeEqPointLine, "visuellereq", "Visueller EQ", Make<LSPEqPointLine>},
-    {kLSPTypePitchSpeed, nullptr, "Pitch Shifter", nullptr},
-    {kLSPTypePitch, nullptr, "Pitch Shifter", nullptr},
+    {kLSPTypePitchSpeed, "tempotonhoehe", "Pitch Shifter", Make<LSPPitchSpeed>},
+    {kLSPTypePitch, "pitch", "Pitch Shifter", Make<LSPPitch>},
     {kLSPTypeLowPass, "tiefpass", "Tiefpass", Make<LSPLowPass>},
     {kLSPTypeEqSimple, nullptr, "Unbenannter Effekt", nullptr},
     {kLSPTypeEqSimple3Band, "eq3", "3-Band-Equalizer", Make<LSPEqSimple3Band>},

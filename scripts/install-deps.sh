@@ -8,7 +8,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libgsm1-dev libfftw3-dev libsoxr-dev libedit-dev libpulse-dev libasound2-dev
   libavformat-dev libavcodec-dev libavutil-dev libswresample-dev libmp3lame-dev
-  libebur128-dev
+  libebur128-dev librubberband-dev
   sox libsox-fmt-all ffmpeg sndfile-programs libimage-exiftool-perl espeak-ng time
   pulseaudio pulseaudio-utils
   qt6-base-dev xvfb xauth

@@ -68,6 +68,11 @@ TEST_F(CommandDispatcherTest, EveryCommandRunsUnderItsLabelAndNeedsWhatTheTableS
       {kSVCmdGenerateSilence, {Times({100})}},
       {kSVCmdAmplify, {Numbers({-6})}},
       {kSVCmdPan, {Numbers({0.5})}},
+      {kSVCmdTempo, {Numbers({150})}},
+      {kSVCmdPitch, {Numbers({3, 50})}},
+      {kSVCmdSpeed, {Numbers({80})}},
+      {kSVCmdVoicePitch, {Numbers({-3})}},
+      {kSVCmdPSProfile, {Texts({"0=100", "100=80:2"})}},
       {kSVCmdEffect, {Texts({"echo"})}},
       // A noise profile wants at least one spectrum's worth (2048 frames) of noise.
       {kSVCmdNoiseProfile, {{}, [this] { Run(kSVCmdSelectAll); }}},

@@ -81,6 +81,31 @@ TEST_F(EfEffectOperationsTest, VoicesAreReducedAndTheReadyEffectsRunUnderTheirOw
   }
 }
 
+TEST_F(EfEffectOperationsTest, TempoLengthensTheSelectionAndPitchMovesTheToneInPlace) {
+  SVFileGUI* window = NewDocument(DocListOf(Tones({{440, 0.25}}, 3 * kFrames, kRate), 1));
+  SVFile& file = *window->File();
+  file.Selection() = SVSelection{kFrames, 2 * kFrames, 0, 0, 0};
+  SVCommandDispatcher commands(Dialog());
+  SVCommandArgs args;
+  args.numbers = {50};
+  ASSERT_EQ(commands.Run(kSVCmdTempo, args).result, kLProcessSuccess);
+  EXPECT_STREQ(file.UndoEntry(file.UndoIndexCurrent()).description, "Tempo ändern");
+  EXPECT_NEAR(static_cast<double>(file.CutList().GetLength()), 4.0 * kFrames, 1.0);
+  EXPECT_NEAR(static_cast<double>(file.Selection().end - file.Selection().start), 2.0 * kFrames, 1.0);
+  std::vector<float> out = DocReadAll(file.CutList());
+  EXPECT_NEAR(Db(ToneAmplitude(out, 2 * kFrames, 4410, 440, kRate) / 0.25), 0.0, 1.0);
+
+  args.numbers = {-12};
+  ASSERT_EQ(commands.Run(kSVCmdPitch, args).result, kLProcessSuccess);
+  EXPECT_STREQ(file.UndoEntry(file.UndoIndexCurrent()).description, "Tonhöhe ändern");
+  EXPECT_NEAR(static_cast<double>(file.CutList().GetLength()), 4.0 * kFrames, 1.0);
+  out = DocReadAll(file.CutList());
+  EXPECT_NEAR(Db(ToneAmplitude(out, 2 * kFrames, 4410, 220, kRate) / 0.25), 0.0, 1.0);
+  EXPECT_NEAR(Db(ToneAmplitude(out, kFrames / 2, 4410, 440, kRate) / 0.25), 0.0, 0.1) << "outside stays";
+  args.numbers = {0};
+  EXPECT_EQ(commands.Run(kSVCmdSpeed, args).result, kLProcessFailed);
+}
+
 TEST_F(EfEffectOperationsTest, EffectListAnswersTheListingOfTheEffects) {
   SVCommandDispatcher commands(Dialog());
   const SVCommandResult listed = commands.Run(kSVCmdEffectList);

@@ -23,7 +23,7 @@ TEST(SoundProcessValues, EveryPresetOfEveryEffectRoundTripsThroughAChainFile) {
                    kLSPTypeGraphicEqBand, kLSPTypeDeesser2, kLSPTypeEqPointLine,
                    kLSPTypeMultiBandNoiseGating,
                    kLSPTypeDoppler, kLSPTypeWahwah, kLSPTypePhaser, kLSPTypeAMRadio, kLSPTypeTelephone,
-                   kLSPTypeVoicePitch,
+                   kLSPTypeVoicePitch, kLSPTypePitchSpeed, kLSPTypePitch,
                    kLSPTypeChorus, kLSPTypeDistortion, kLSPTypeFlanger, kLSPTypeReverb3, kLSPTypeTremolo,
                    kLSPTypeVibrato}) {
     std::unique_ptr<LSoundProcess> probe = LSoundProcessTypeRowOf(type)->make();
