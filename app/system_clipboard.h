@@ -6,8 +6,7 @@
 //
 // Data of a type is handed over as a file, never read into memory: audio on the
 // clipboard may be long. Main thread only.
-#include <map>
-
+#include "app/clipboard_contents.h"
 #include "base/array.h"
 #include "base/string_long.h"
 
@@ -54,31 +53,19 @@ public:
 
 class SVSystemClipboardMemory final : public SVSystemClipboard {
 public:
-  SVSystemClipboardMemory() = default;
-  ~SVSystemClipboardMemory() override;
-  SVSystemClipboardMemory(const SVSystemClipboardMemory&) = delete;
-  SVSystemClipboardMemory& operator=(const SVSystemClipboardMemory&) = delete;
-
-  void DeclareTypes(const LArray<LStringLong>& types, SVClipboardRenderer* owner) override;
-  bool HasType(const char* type) override;
-  bool DataFileSet(const char* type, const char* path) override;
-  LStringLong DataFileGet(const char* type) override;
-  bool TextSet(const char* text) override;
-  LStringLong TextGet() override;
-  void OwnerGone(SVClipboardRenderer* owner) override;
+  void DeclareTypes(const LArray<LStringLong>& types, SVClipboardRenderer* owner) override {
+    contents_.Declare(types, owner);
+  }
+  bool HasType(const char* type) override { return contents_.Has(type); }
+  bool DataFileSet(const char* type, const char* path) override { return contents_.FileSet(type, path); }
+  LStringLong DataFileGet(const char* type) override { return contents_.FileGet(*this, type); }
+  bool TextSet(const char* text) override { return contents_.TextSet(kSVClipboardTypeText, text); }
+  LStringLong TextGet() override { return contents_.TextGet(kSVClipboardTypeText); }
+  void OwnerGone(SVClipboardRenderer* owner) override { contents_.OwnerGone(owner); }
 
   // Times a promise was rendered (tests check that rendering waits for a request).
-  [[nodiscard]] int RenderCount() const { return renders_; }
+  [[nodiscard]] int RenderCount() const { return contents_.Renders(); }
 
 private:
-  struct Content {
-    LStringLong file;  // owned, deleted with the content
-    LStringLong text;
-    bool filled = false;
-  };
-  void Empty();
-
-  std::map<LStringLong, Content> contents_;
-  SVClipboardRenderer* owner_ = nullptr;
-  int renders_ = 0;
+  SVClipboardContents contents_;
 };

@@ -39,7 +39,7 @@ QByteArray InternalMarker() { return QByteArray::number(QCoreApplication::applic
 SVQtClipboard::~SVQtClipboard() {
   // What stays on the clipboard after us must not call back into a dead object.
   if (Owns()) QGuiApplication::clipboard()->clear();
-  Empty();
+  contents_.Empty();
   if (!foreign_.empty()) LFileDelete(foreign_.c_str());
 }
 
@@ -51,31 +51,19 @@ QString SVQtClipboard::MimeOf(const char* type) {
   return QString::fromStdString(t);
 }
 
-const char* SVQtClipboard::TypeOf(const QString& mime) const {
-  for (const auto& [type, content] : contents_) {
-    if (MimeOf(type.c_str()) == mime) return type.c_str();
+LStringLong SVQtClipboard::TypeOf(const QString& mime) const {
+  for (const LStringLong& type : contents_.Types()) {
+    if (MimeOf(type.c_str()) == mime) return type;
   }
-  return nullptr;
+  return LStringLong();
 }
 
 bool SVQtClipboard::Owns() const { return data_ && QGuiApplication::clipboard()->mimeData() == data_; }
 
-void SVQtClipboard::Empty() {
-  for (auto& [type, content] : contents_) {
-    if (!content.file.empty()) LFileDelete(content.file.c_str());
-  }
-  contents_.clear();
-  owner_ = nullptr;
-}
-
 void SVQtClipboard::DeclareTypes(const LArray<LStringLong>& types, SVClipboardRenderer* owner) {
-  Empty();
+  contents_.Declare(types, owner);
   QStringList formats;
-  for (const LStringLong& type : types) {
-    contents_[type];
-    formats << MimeOf(type.c_str());
-  }
-  owner_ = owner;
+  for (const LStringLong& type : types) formats << MimeOf(type.c_str());
   auto* data = new SVMimeData(*this, formats);
   data_ = data;
   QGuiApplication::clipboard()->setMimeData(data);
@@ -83,7 +71,7 @@ void SVQtClipboard::DeclareTypes(const LArray<LStringLong>& types, SVClipboardRe
 
 bool SVQtClipboard::HasType(const char* type) {
   if (!type) return false;
-  if (Owns()) return contents_.count(type) != 0;
+  if (Owns()) return contents_.Has(type);
   const QMimeData* data = QGuiApplication::clipboard()->mimeData();
   if (!data) return false;
   const QString mime = MimeOf(type);
@@ -92,38 +80,22 @@ bool SVQtClipboard::HasType(const char* type) {
   return data->hasFormat(mime);
 }
 
-bool SVQtClipboard::DataFileSet(const char* type, const char* path) {
-  auto it = contents_.find(type ? type : "");
-  if (it == contents_.end() || !path || !*path) return false;
-  if (!it->second.file.empty() && it->second.file != path) LFileDelete(it->second.file.c_str());
-  it->second.file = path;
-  it->second.filled = true;
-  return true;
-}
+bool SVQtClipboard::DataFileSet(const char* type, const char* path) { return contents_.FileSet(type, path); }
 
 QByteArray SVQtClipboard::DataFor(const QString& mime) {
-  const char* type = TypeOf(mime);
-  if (!type) return {};
+  const LStringLong type = TypeOf(mime);
+  if (type.empty()) return {};
   if (mime == kSVMimeInternal) return InternalMarker();
-  if (mime == "text/plain") return QByteArray::fromStdString(contents_[type].text);
+  if (mime == "text/plain") return QByteArray::fromStdString(contents_.TextGet(type.c_str()));
   // Another program wants the bytes themselves.
-  QFile file(QString::fromStdString(DataFileGet(type)));
+  QFile file(QString::fromStdString(DataFileGet(type.c_str())));
   if (!file.open(QIODevice::ReadOnly)) return {};
   return file.readAll();
 }
 
 LStringLong SVQtClipboard::DataFileGet(const char* type) {
   if (!type) return {};
-  if (Owns()) {
-    auto it = contents_.find(type);
-    if (it == contents_.end()) return {};
-    if (!it->second.filled) {
-      if (!owner_ || !owner_->EvRender(*this, type)) return {};
-      it = contents_.find(type);
-      if (it == contents_.end()) return {};
-    }
-    return it->second.file;
-  }
+  if (Owns()) return contents_.FileGet(*this, type);
   const QMimeData* data = QGuiApplication::clipboard()->mimeData();
   const QString mime = MimeOf(type);
   if (!data || !data->hasFormat(mime)) return {};
@@ -137,34 +109,14 @@ LStringLong SVQtClipboard::DataFileGet(const char* type) {
   return foreign_;
 }
 
-bool SVQtClipboard::TextSet(const char* text) {
-  auto it = contents_.find(kSVClipboardTypeText);
-  if (it == contents_.end()) return false;
-  it->second.text = text ? text : "";
-  it->second.filled = true;
-  return true;
-}
+bool SVQtClipboard::TextSet(const char* text) { return contents_.TextSet(kSVClipboardTypeText, text); }
 
 LStringLong SVQtClipboard::TextGet() {
-  if (Owns()) {
-    auto it = contents_.find(kSVClipboardTypeText);
-    return it == contents_.end() ? LStringLong() : it->second.text;
-  }
+  if (Owns()) return contents_.TextGet(kSVClipboardTypeText);
   return QGuiApplication::clipboard()->text().toStdString();
 }
 
 void SVQtClipboard::OwnerGone(SVClipboardRenderer* owner) {
-  if (owner_ != owner) return;
-  bool promised = false;
-  for (auto it = contents_.begin(); it != contents_.end();) {
-    if (it->second.filled || it->first == kSVClipboardTypeInternal) {
-      ++it;
-    } else {
-      promised = true;
-      it = contents_.erase(it);
-    }
-  }
-  owner_ = nullptr;
-  // Without its renderer the clipboard can keep nothing it promised.
-  if (promised && Owns()) QGuiApplication::clipboard()->clear();
+  // Without its renderer the clipboard can keep nothing it promised; the marker needs none.
+  if (contents_.OwnerGone(owner, kSVClipboardTypeInternal) && Owns()) QGuiApplication::clipboard()->clear();
 }

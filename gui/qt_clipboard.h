@@ -7,8 +7,7 @@
 #include <QPointer>
 #include <QString>
 
-#include <map>
-
+#include "app/clipboard_contents.h"
 #include "app/system_clipboard.h"
 
 class QMimeData;
@@ -37,18 +36,12 @@ public:
   [[nodiscard]] QByteArray DataFor(const QString& mime);
 
 private:
-  struct Content {
-    LStringLong file;  // owned, deleted with the content
-    LStringLong text;
-    bool filled = false;
-  };
   // The clipboard still holds what we put there.
   [[nodiscard]] bool Owns() const;
-  [[nodiscard]] const char* TypeOf(const QString& mime) const;
-  void Empty();
+  // Which of our declared types a MIME name stands for; empty for none.
+  [[nodiscard]] LStringLong TypeOf(const QString& mime) const;
 
-  std::map<LStringLong, Content> contents_;
-  SVClipboardRenderer* owner_ = nullptr;
+  SVClipboardContents contents_;
   QPointer<QMimeData> data_;
   LStringLong foreign_;  // a file of another program's data, owned
 };
