@@ -2,41 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <vector>
+
+#include "engine/sample_buffer_source.h"
 
 namespace {
 
 // Audio either side of the span that the repair's model is fitted to.
 constexpr long long kContext = 1024;
-
-// Serves frames it owns; silence outside them.
-class RepairedSource final : public LSoundSourceBase {
-public:
-  RepairedSource(std::vector<float> samples, std::uint32_t rate, std::uint8_t channels)
-      : LSoundSourceBase(rate, channels),
-        samples_(std::move(samples)),
-        end_(static_cast<long long>(samples_.size()) / std::max<int>(1, channels)) {}
-
-  void Read(float* buffer, long long frames) override {
-    const int channels = GetChannels();
-    std::memset(buffer, 0, static_cast<std::size_t>(frames * channels) * sizeof(float));
-    const long long from = std::clamp(position_, 0LL, end_);
-    const long long to = std::clamp(position_ + frames, 0LL, end_);
-    if (to > from)
-      std::copy(samples_.begin() + from * channels, samples_.begin() + to * channels,
-                buffer + (from - position_) * channels);
-    position_ += frames;
-  }
-  long long GetPositionSample() const override { return position_; }
-  long long GetEndSample() const override { return end_; }
-  void Seek(long long frame) override { position_ = frame; }
-
-private:
-  std::vector<float> samples_;
-  long long end_;
-  long long position_ = 0;
-};
 
 }  // namespace
 
@@ -65,5 +38,5 @@ LSoundSource SVEfManualClickPop::OpenSource(LSoundSource& input) {
     if (!LClickRepair(x.data(), total, before, before + span)) return {};
     for (long long n = 0; n < span; ++n) out[n * channels + c] = static_cast<float>(x[before + n]);
   }
-  return LMakeSource<RepairedSource>(std::move(out), input.GetSampleRate(), static_cast<std::uint8_t>(channels));
+  return LMakeSource<LSRCSampleBuffer>(std::move(out), input.GetSampleRate(), static_cast<std::uint8_t>(channels));
 }
