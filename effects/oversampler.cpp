@@ -9,7 +9,7 @@ using Lanes = LOversampler::Lanes;
 
 // Sections per chain in each stage, lowest rate first, and where each stage's
 // pass band ends, as a part of its high rate.
-constexpr int kSections[3] = {4, 2, 2};
+constexpr int kSections[3] = {4, 2, 1};
 constexpr double kPassEdge[3] = {20.0 / 88.2, 22.05 / 176.4, 22.05 / 352.8};
 
 // Keeps the chains' state off the denormal range when the input falls silent:
@@ -138,17 +138,19 @@ template <int C>
 void Run(bool up, int stage, const Lanes* a, Lanes* state, Lanes& held, const float* in, int n, float* out) {
   if (up) {
     if (kSections[stage] == 4) UpStage<4, C>(a, state, in, n, out);
-    else UpStage<2, C>(a, state, in, n, out);
+    else if (kSections[stage] == 2) UpStage<2, C>(a, state, in, n, out);
+    else UpStage<1, C>(a, state, in, n, out);
   } else {
     if (kSections[stage] == 4) DownStage<4, C>(a, state, held, in, n, out);
-    else DownStage<2, C>(a, state, held, in, n, out);
+    else if (kSections[stage] == 2) DownStage<2, C>(a, state, held, in, n, out);
+    else DownStage<1, C>(a, state, held, in, n, out);
   }
 }
 
 }  // namespace
 
 LOversampler::LOversampler(int channels) : channels_(channels == 2 ? 2 : 1) {
-  for (int stage = 0; stage < 3; ++stage) {
+  for (int stage = 0; stage < kLOversampleStages; ++stage) {
     const std::vector<double> a = HalfBand(2 * kSections[stage], kPassEdge[stage]);
     // At low frequencies a section delays by (1 - a) / (1 + a) samples of the
     // chain's rate; the half-band by the mean of its two chains, the late one a
@@ -168,7 +170,7 @@ LOversampler::LOversampler(int channels) : channels_(channels == 2 ? 2 : 1) {
 }
 
 void LOversampler::Reset() {
-  for (int stage = 0; stage < 3; ++stage) {
+  for (int stage = 0; stage < kLOversampleStages; ++stage) {
     upState_[stage].assign(static_cast<std::size_t>(kSections[stage] + 1), Lanes{});
     downState_[stage].assign(static_cast<std::size_t>(kSections[stage] + 1), Lanes{});
     held_[stage] = Lanes{};
@@ -180,14 +182,14 @@ void LOversampler::Up(const float* in, int n, float* out) {
   a_.resize(size);
   b_.resize(size);
   for (int i = 0; i < n * channels_; ++i) a_[i] = in[i] + kFloor;
-  float* to[3] = {b_.data(), a_.data(), out};
   const float* from = a_.data();
-  for (int stage = 0; stage < 3; ++stage) {
+  for (int stage = 0; stage < kLOversampleStages; ++stage) {
+    float* to = stage == kLOversampleStages - 1 ? out : stage % 2 == 0 ? b_.data() : a_.data();
     const int frames = n << stage;
     Lanes* state = upState_[stage].data();
-    if (channels_ == 2) Run<2>(true, stage, coefficients_[stage].data(), state, held_[stage], from, frames, to[stage]);
-    else Run<1>(true, stage, coefficients_[stage].data(), state, held_[stage], from, frames, to[stage]);
-    from = to[stage];
+    if (channels_ == 2) Run<2>(true, stage, coefficients_[stage].data(), state, held_[stage], from, frames, to);
+    else Run<1>(true, stage, coefficients_[stage].data(), state, held_[stage], from, frames, to);
+    from = to;
   }
 }
 
@@ -195,13 +197,13 @@ void LOversampler::Down(const float* in, int n, float* out) {
   const std::size_t size = static_cast<std::size_t>(n) * kLOversampleFactor * channels_;
   a_.resize(size);
   b_.resize(size);
-  float* to[3] = {out, b_.data(), a_.data()};
   const float* from = in;
-  for (int stage = 2; stage >= 0; --stage) {
+  for (int stage = kLOversampleStages - 1; stage >= 0; --stage) {
+    float* to = stage == 0 ? out : (kLOversampleStages - 1 - stage) % 2 == 0 ? a_.data() : b_.data();
     const int frames = n << stage;
     Lanes* state = downState_[stage].data();
-    if (channels_ == 2) Run<2>(false, stage, coefficients_[stage].data(), state, held_[stage], from, frames, to[stage]);
-    else Run<1>(false, stage, coefficients_[stage].data(), state, held_[stage], from, frames, to[stage]);
-    from = to[stage];
+    if (channels_ == 2) Run<2>(false, stage, coefficients_[stage].data(), state, held_[stage], from, frames, to);
+    else Run<1>(false, stage, coefficients_[stage].data(), state, held_[stage], from, frames, to);
+    from = to;
   }
 }

@@ -6,12 +6,15 @@
 // Each stage is a pair of all-pass chains, one running a sample behind the
 // other (elliptic half-bands): a handful of multiplications per sample where a
 // linear-phase filter needs dozens. The first stage holds the band to 20 kHz
-// (at 44.1 kHz) and stops from the mirror of 20 kHz on by 85 dB, the later ones
-// stop by 75 dB and more. The phase is not linear: low frequencies come back
+// (at 44.1 kHz) and stops from the mirror of 20 kHz on by 85 dB, the second by
+// 77 dB. The last, with a single section a chain, stops by only 50 dB, but what
+// it lets fold back is the curve's harmonics far up, which the mean over a step
+// has already made small (64 dB and more below a tone at the highest drive). The phase is not linear: low frequencies come back
 // Delay() frames late, a fraction that Latency() rounds.
 #include <vector>
 
-inline constexpr int kLOversampleFactor = 8;
+inline constexpr int kLOversampleStages = 3;
+inline constexpr int kLOversampleFactor = 1 << kLOversampleStages;
 
 class LOversampler {
 public:
