@@ -62,6 +62,9 @@ private:
 
   // Bends a run of high-rate samples of `stride` interleaved channels by the curve.
   void Shape(float* high, int count, int stride, double* previous);
+  // The shaped run of W interleaved channels filtered and mixed into the block's channels from c on.
+  template <int W>
+  void Finish(const float* shaped, float* block, int stride, int n, Channel* c);
 
   LDistortionSettings s_;
   double drive_;
@@ -71,6 +74,6 @@ private:
   std::vector<Channel> channels_;
   std::vector<LOversampler> pairs_;  // the channels two by two, the last one alone if odd
   std::vector<double> shaped_;       // each channel's last driven high-rate sample
-  std::vector<float> in_, high_, out_;
+  std::vector<float> in_, high_;
   std::vector<double> driven_, integral_;  // a run's driven samples and their antiderivatives
 };
