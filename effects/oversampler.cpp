@@ -73,7 +73,7 @@ inline void Steps(const Lanes* a, Lanes* s, Lanes& x0, Lanes& x1) {
 
 // Doubles the rate of n frames: the prompt chain gives the even samples, the late one the odd.
 template <int M, int C>
-void UpStage(const Lanes* coefficients, Lanes* state, const float* in, int n, float* out) {
+void UpStage(const Lanes* coefficients, Lanes* state, bool paired, const float* in, int n, float* out) {
   Lanes a[M], s[M + 1];
   for (int k = 0; k < M; ++k) a[k] = coefficients[k];
   for (int k = 0; k <= M; ++k) s[k] = state[k];
@@ -90,20 +90,20 @@ void UpStage(const Lanes* coefficients, Lanes* state, const float* in, int n, fl
     }
   };
   int j = 0;
-  for (; j + 1 < n; j += 2) {
+  for (; paired && j + 1 < n; j += 2) {
     Lanes y0 = lanes(j), y1 = lanes(j + 1);
     Steps<M>(a, s, y0, y1);
     put(j, y0);
     put(j + 1, y1);
   }
-  if (j < n) put(j, Step<M>(a, s, lanes(j)));
+  for (; j < n; ++j) put(j, Step<M>(a, s, lanes(j)));
   for (int k = 0; k <= M; ++k) state[k] = s[k];
 }
 
 // Halves the rate of 2 n frames: the mean of the prompt chain on the even
 // samples and the late one on the odd sample before.
 template <int M, int C>
-void DownStage(const Lanes* coefficients, Lanes* state, Lanes& held, const float* in, int n, float* out) {
+void DownStage(const Lanes* coefficients, Lanes* state, bool paired, Lanes& held, const float* in, int n, float* out) {
   Lanes a[M], s[M + 1];
   for (int k = 0; k < M; ++k) a[k] = coefficients[k];
   for (int k = 0; k <= M; ++k) s[k] = state[k];
@@ -116,17 +116,13 @@ void DownStage(const Lanes* coefficients, Lanes* state, Lanes& held, const float
     if constexpr (C == 2) out[2 * j + 1] = 0.5f * (y[2] + y[3]);
   };
   int j = 0;
-  if (n > 0) {  // the first step meets the odd sample held from the run before
-    put(0, Step<M>(a, s, lanes(0)));
-    j = 1;
-  }
-  for (; j + 1 < n; j += 2) {
+  for (; paired && j + 1 < n; j += 2) {
     Lanes y0 = lanes(j), y1 = lanes(j + 1);
     Steps<M>(a, s, y0, y1);
     put(j, y0);
     put(j + 1, y1);
   }
-  if (j < n) put(j, Step<M>(a, s, lanes(j)));
+  for (; j < n; ++j) put(j, Step<M>(a, s, lanes(j)));
   if (n > 0) {
     const float* odd = in + 2 * C * n - C;
     held = Lanes{0.0f, odd[0], 0.0f, C == 2 ? odd[1] : 0.0f};
@@ -136,14 +132,17 @@ void DownStage(const Lanes* coefficients, Lanes* state, Lanes& held, const float
 
 template <int C>
 void Run(bool up, int stage, const Lanes* a, Lanes* state, Lanes& held, const float* in, int n, float* out) {
+  // Steps go in pairs only where every run has an even count of them, so the
+  // samples do not depend on how the sound is cut into runs.
+  const bool paired = stage > 0;
   if (up) {
-    if (kSections[stage] == 4) UpStage<4, C>(a, state, in, n, out);
-    else if (kSections[stage] == 2) UpStage<2, C>(a, state, in, n, out);
-    else UpStage<1, C>(a, state, in, n, out);
+    if (kSections[stage] == 4) UpStage<4, C>(a, state, paired, in, n, out);
+    else if (kSections[stage] == 2) UpStage<2, C>(a, state, paired, in, n, out);
+    else UpStage<1, C>(a, state, paired, in, n, out);
   } else {
-    if (kSections[stage] == 4) DownStage<4, C>(a, state, held, in, n, out);
-    else if (kSections[stage] == 2) DownStage<2, C>(a, state, held, in, n, out);
-    else DownStage<1, C>(a, state, held, in, n, out);
+    if (kSections[stage] == 4) DownStage<4, C>(a, state, paired, held, in, n, out);
+    else if (kSections[stage] == 2) DownStage<2, C>(a, state, paired, held, in, n, out);
+    else DownStage<1, C>(a, state, paired, held, in, n, out);
   }
 }
 
