@@ -101,7 +101,8 @@ inline void ShapeRun(float* high, int count, int stride, double drive, double* p
   // Where two samples nearly meet, the quotient is noise: the curve at their middle instead.
   if (close) {
     for (int i = 0; i < count; ++i)
-      if (!(std::abs(x[i + stride] - x[i]) > 1e-6)) high[i] = static_cast<float>(Curve::F(0.5 * (x[i + stride] + x[i])));
+      if (!(std::abs(x[i + stride] - x[i]) > 1e-6))
+        high[i] = static_cast<float>(Curve::F(0.5 * (x[i + stride] + x[i])));
   }
   for (int c = 0; c < stride; ++c) previous[c] = x[count + c];
 }

@@ -32,7 +32,8 @@ std::vector<double> HalfBand(int count, double passEdge) {
     double num = 0.0, den = 0.5;
     for (int i = 0, sign = 1; i < 20; ++i, sign = -sign)
       num += sign * std::pow(q, i * (i + 1)) * std::sin((2 * i + 1) * c * pi / order);
-    for (int i = 1, sign = -1; i < 20; ++i, sign = -sign) den += sign * std::pow(q, i * i) * std::cos(2 * i * c * pi / order);
+    for (int i = 1, sign = -1; i < 20; ++i, sign = -sign)
+      den += sign * std::pow(q, i * i) * std::cos(2 * i * c * pi / order);
     const double w = std::pow(q, 0.25) * num / den, w2 = w * w;
     const double x = std::sqrt((1.0 - w2 * k) * (1.0 - w2 / k)) / (1.0 + w2);
     a.push_back((1.0 - x) / (1.0 + x));
@@ -109,7 +110,8 @@ void DownStage(const Lanes* coefficients, Lanes* state, bool paired, Lanes& held
   for (int k = 0; k <= M; ++k) s[k] = state[k];
   auto lanes = [&](int j) {
     const float* even = in + 2 * C * j;
-    return Lanes{even[0], j > 0 ? even[-C] : held[1], C == 2 ? even[1] : 0.0f, C == 2 ? (j > 0 ? even[-1] : held[3]) : 0.0f};
+    const float lateLeft = j > 0 ? even[-C] : held[1], lateRight = j > 0 ? even[-1] : held[3];
+    return Lanes{even[0], lateLeft, C == 2 ? even[1] : 0.0f, C == 2 ? lateRight : 0.0f};
   };
   auto put = [&](int j, Lanes y) {
     out[C * j] = 0.5f * (y[0] + y[1]);

@@ -9,8 +9,9 @@
 // (at 44.1 kHz) and stops from the mirror of 20 kHz on by 85 dB, the second by
 // 77 dB. The last, with a single section a chain, stops by only 50 dB, but what
 // it lets fold back is the curve's harmonics far up, which the mean over a step
-// has already made small (64 dB and more below a tone at the highest drive). The phase is not linear: low frequencies come back
-// Delay() frames late, a fraction that Latency() rounds.
+// has already made small (64 dB and more below a tone at the highest drive).
+// The phase is not linear: low frequencies come back Delay() frames late, a
+// fraction that Latency() rounds.
 #include <vector>
 
 inline constexpr int kLOversampleStages = 3;
