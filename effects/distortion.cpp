@@ -84,40 +84,44 @@ struct TubeCurve {
 // (the difference of its antiderivative over the difference of the samples):
 // what the corners of a hard-driven curve would fold back is smoothed away
 // before it can, which the oversampling alone does not manage at high drive.
-// x and a hold n + 1 values: the run's driven samples and their antiderivatives
-// after the last of the run before.
+// The run holds `count` samples of `stride` interleaved channels; x and a hold
+// stride more: each channel's last driven sample and antiderivative of the run before first.
 template <class Curve>
-inline void ShapeRun(float* high, int n, double drive, double& previous, double* x, double* a) {
-  x[0] = previous;
-  for (int i = 0; i < n; ++i) x[i + 1] = drive * high[i];
-  for (int i = 0; i <= n; ++i) a[i] = Curve::A(x[i]);
+inline void ShapeRun(float* high, int count, int stride, double drive, double* previous, double* x, double* a) {
+  for (int c = 0; c < stride; ++c) x[c] = previous[c];
+  for (int i = 0; i < count; ++i) x[i + stride] = drive * high[i];
+  for (int i = 0; i < count + stride; ++i) a[i] = Curve::A(x[i]);
   std::uint64_t close = 0;
-  for (int i = 0; i < n; ++i) {
-    const double step = x[i + 1] - x[i];
+  for (int i = 0; i < count; ++i) {
+    const double step = x[i + stride] - x[i];
     const bool apart = std::abs(step) > 1e-6;
     close |= std::bit_cast<std::uint64_t>(Pick(apart, 0.0, 1.0));
-    high[i] = static_cast<float>((a[i + 1] - a[i]) / Pick(apart, step, 1.0));
+    high[i] = static_cast<float>((a[i + stride] - a[i]) / Pick(apart, step, 1.0));
   }
   // Where two samples nearly meet, the quotient is noise: the curve at their middle instead.
   if (close) {
-    for (int i = 0; i < n; ++i)
-      if (!(std::abs(x[i + 1] - x[i]) > 1e-6)) high[i] = static_cast<float>(Curve::F(0.5 * (x[i + 1] + x[i])));
+    for (int i = 0; i < count; ++i)
+      if (!(std::abs(x[i + stride] - x[i]) > 1e-6))
+        high[i] = static_cast<float>(Curve::F(0.5 * (x[i + stride] + x[i])));
   }
-  previous = x[n];
+  for (int c = 0; c < stride; ++c) previous[c] = x[count + c];
 }
 
 SONVALE_WIDE_VECTORS
-void ShapeHard(float* high, int n, double drive, double& previous, double* x, double* a) {
-  ShapeRun<HardCurve>(high, n, drive, previous, x, a);
+void ShapeHard(float* high, int count, int stride, double drive, double* previous, double* x, double* a) {
+  ShapeRun<HardCurve>(high, count, stride, drive, previous, x, a);
 }
 SONVALE_WIDE_VECTORS
-void ShapeSoft(float* high, int n, double drive, double& previous, double* x, double* a) {
-  ShapeRun<SoftCurve>(high, n, drive, previous, x, a);
+void ShapeSoft(float* high, int count, int stride, double drive, double* previous, double* x, double* a) {
+  ShapeRun<SoftCurve>(high, count, stride, drive, previous, x, a);
 }
 SONVALE_WIDE_VECTORS
-void ShapeTube(float* high, int n, double drive, double& previous, double* x, double* a) {
-  ShapeRun<TubeCurve>(high, n, drive, previous, x, a);
+void ShapeTube(float* high, int count, int stride, double drive, double* previous, double* x, double* a) {
+  ShapeRun<TubeCurve>(high, count, stride, drive, previous, x, a);
 }
+
+// The oversampler's delay and the half high-rate sample the mean over a step adds, rounded.
+long long RoundTripLatency() { return std::lround(LOversampler().Delay() + 0.5 / kLOversampleFactor); }
 
 }  // namespace
 
@@ -134,7 +138,7 @@ LSoundSource LSPDistortion::OpenSource(LSoundSource& input) {
 }
 
 LSRCDistortion::LSRCDistortion(const LSoundSource& input, const LDistortionSettings& settings)
-    : LSoundProcessLatent(input, LOversampler().Latency()), s_(settings) {
+    : LSoundProcessLatent(input, RoundTripLatency()), s_(settings) {
   const double rate = GetSampleRate();
   drive_ = std::pow(10.0, s_.driveDb / 20.0);
   output_ = static_cast<float>(std::pow(10.0, s_.outputDb / 20.0));
@@ -142,68 +146,91 @@ LSRCDistortion::LSRCDistortion(const LSoundSource& input, const LDistortionSetti
   dcPole_ = std::exp(-2.0 * std::numbers::pi * kDcHz / rate);
   channels_.resize(GetChannels());
   for (Channel& c : channels_) c.dry.assign(static_cast<std::size_t>(Latency()), 0.0f);
-  in_.resize(kBlock);
-  out_.resize(static_cast<std::size_t>(kBlock) * GetChannels());
-  high_.resize(kBlock * kLOversampleFactor);
-  driven_.resize(kBlock * kLOversampleFactor + 1);
-  integral_.resize(kBlock * kLOversampleFactor + 1);
+  // The channels go up and down in pairs, side by side in the oversampler's lanes.
+  for (int ch = 0; ch < GetChannels(); ch += 2) pairs_.emplace_back(std::min(2, GetChannels() - ch));
+  shaped_.assign(static_cast<std::size_t>(GetChannels()), 0.0);
+  in_.resize(2 * kBlock);
+  high_.resize(2 * kBlock * kLOversampleFactor);
+  driven_.resize(2 * kBlock * kLOversampleFactor + 2);
+  integral_.resize(2 * kBlock * kLOversampleFactor + 2);
 }
 
 void LSRCDistortion::Reset() {
+  for (LOversampler& pair : pairs_) pair.Reset();
+  std::fill(shaped_.begin(), shaped_.end(), 0.0);
   for (Channel& c : channels_) {
-    c.oversampler.Reset();
     std::fill(c.dry.begin(), c.dry.end(), 0.0f);
     c.dryAt = 0;
-    c.tone1 = c.tone2 = c.dcIn = c.dcOut = c.shaped = 0;
+    c.tone1 = c.tone2 = c.dcIn = c.dcOut = 0;
   }
 }
 
-void LSRCDistortion::Shape(float* high, int n, double& previous) {
+void LSRCDistortion::Shape(float* high, int count, int stride, double* previous) {
   switch (s_.curve) {
     case kLSPCurveHard:
-      ShapeHard(high, n, drive_, previous, driven_.data(), integral_.data());
+      ShapeHard(high, count, stride, drive_, previous, driven_.data(), integral_.data());
       break;
     case kLSPCurveTube:
-      ShapeTube(high, n, drive_, previous, driven_.data(), integral_.data());
+      ShapeTube(high, count, stride, drive_, previous, driven_.data(), integral_.data());
       break;
     default:
-      ShapeSoft(high, n, drive_, previous, driven_.data(), integral_.data());
+      ShapeSoft(high, count, stride, drive_, previous, driven_.data(), integral_.data());
+  }
+}
+
+// Tone: transposed direct form II; then the blocker of direct current; then the
+// dry sound, late by the latency, mixed in. The state stays in registers for the
+// run, the W channels side by side.
+template <int W>
+void LSRCDistortion::Finish(const float* shaped, float* block, int stride, int n, Channel* c) {
+  const double b0 = tone_.b0, b1 = tone_.b1, b2 = tone_.b2, a1 = tone_.a1, a2 = tone_.a2, pole = dcPole_;
+  const float wet = static_cast<float>(s_.mix) * output_, dry = static_cast<float>(1.0 - s_.mix);
+  const int latency = static_cast<int>(Latency());
+  double t1[W], t2[W], dcIn[W], dcOut[W];
+  int at[W];
+  float* late[W];
+  for (int w = 0; w < W; ++w) {
+    t1[w] = c[w].tone1, t2[w] = c[w].tone2, dcIn[w] = c[w].dcIn, dcOut[w] = c[w].dcOut;
+    at[w] = c[w].dryAt;
+    late[w] = c[w].dry.data();
+  }
+  for (int i = 0; i < n; ++i) {
+    for (int w = 0; w < W; ++w) {
+      const double x = shaped[i * W + w];
+      const double y = b0 * x + t1[w];
+      t1[w] = b1 * x - a1 * y + t2[w];
+      t2[w] = b2 * x - a2 * y;
+      dcOut[w] = y - dcIn[w] + pole * dcOut[w];
+      dcIn[w] = y;
+      float& sample = block[i * stride + w];
+      float input = sample;
+      if (latency > 0) {
+        std::swap(input, late[w][at[w]]);
+        if (++at[w] == latency) at[w] = 0;
+      }
+      sample = dry * input + wet * static_cast<float>(dcOut[w]);
+    }
+  }
+  for (int w = 0; w < W; ++w) {
+    c[w].tone1 = t1[w], c[w].tone2 = t2[w], c[w].dcIn = dcIn[w], c[w].dcOut = dcOut[w];
+    c[w].dryAt = at[w];
   }
 }
 
 void LSRCDistortion::Process(float* buffer, long long frames, long long) {
   const int channels = GetChannels();
-  const float wet = static_cast<float>(s_.mix) * output_, dry = static_cast<float>(1.0 - s_.mix);
-  const int latency = static_cast<int>(Latency());
   for (long long at = 0; at < frames; at += kBlock) {
     const int n = static_cast<int>(std::min<long long>(kBlock, frames - at));
     float* block = buffer + at * channels;
-    for (int ch = 0; ch < channels; ++ch) {
-      Channel& c = channels_[ch];
-      for (int i = 0; i < n; ++i) in_[i] = block[i * channels + ch];
-      c.oversampler.Up(in_.data(), n, high_.data());
-      Shape(high_.data(), n * kLOversampleFactor, c.shaped);
-      c.oversampler.Down(high_.data(), n, in_.data());
-      // Interleaved again, so the channels' filters below run side by side.
-      for (int i = 0; i < n; ++i) out_[i * channels + ch] = in_[i];
-    }
-    for (int i = 0; i < n; ++i) {
-      for (int ch = 0; ch < channels; ++ch) {
-        Channel& c = channels_[ch];
-        // Tone: transposed direct form II; then the blocker of direct current.
-        const double x = out_[i * channels + ch];
-        const double y = tone_.b0 * x + c.tone1;
-        c.tone1 = tone_.b1 * x - tone_.a1 * y + c.tone2;
-        c.tone2 = tone_.b2 * x - tone_.a2 * y;
-        c.dcOut = y - c.dcIn + dcPole_ * c.dcOut;
-        c.dcIn = y;
-        float late = block[i * channels + ch];
-        if (latency > 0) {
-          std::swap(late, c.dry[c.dryAt]);
-          if (++c.dryAt == latency) c.dryAt = 0;
-        }
-        block[i * channels + ch] = dry * late + wet * static_cast<float>(c.dcOut);
-      }
+    for (std::size_t p = 0; p < pairs_.size(); ++p) {
+      const int first = 2 * static_cast<int>(p), width = std::min(2, channels - first);
+      for (int i = 0; i < n; ++i)
+        for (int c = 0; c < width; ++c) in_[i * width + c] = block[i * channels + first + c];
+      pairs_[p].Up(in_.data(), n, high_.data());
+      Shape(high_.data(), n * kLOversampleFactor * width, width, &shaped_[first]);
+      pairs_[p].Down(high_.data(), n, in_.data());
+      if (width == 2) Finish<2>(in_.data(), block + first, channels, n, &channels_[first]);
+      else Finish<1>(in_.data(), block + first, channels, n, &channels_[first]);
     }
   }
 }

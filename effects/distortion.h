@@ -54,16 +54,17 @@ protected:
 
 private:
   struct Channel {
-    LOversampler oversampler;
     std::vector<float> dry;  // the latency's worth of input
     int dryAt = 0;
     double tone1 = 0, tone2 = 0;  // the low-pass's state
     double dcIn = 0, dcOut = 0;
-    double shaped = 0;  // the last driven high-rate sample
   };
 
-  // Bends a run of high-rate samples by the curve.
-  void Shape(float* high, int n, double& previous);
+  // Bends a run of high-rate samples of `stride` interleaved channels by the curve.
+  void Shape(float* high, int count, int stride, double* previous);
+  // The shaped run of W interleaved channels filtered and mixed into the block's channels from c on.
+  template <int W>
+  void Finish(const float* shaped, float* block, int stride, int n, Channel* c);
 
   LDistortionSettings s_;
   double drive_;
@@ -71,6 +72,8 @@ private:
   LBiquad tone_;
   double dcPole_;
   std::vector<Channel> channels_;
-  std::vector<float> in_, high_, out_;
+  std::vector<LOversampler> pairs_;  // the channels two by two, the last one alone if odd
+  std::vector<double> shaped_;       // each channel's last driven high-rate sample
+  std::vector<float> in_, high_;
   std::vector<double> driven_, integral_;  // a run's driven samples and their antiderivatives
 };

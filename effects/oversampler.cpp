@@ -1,162 +1,210 @@
 #include "effects/oversampler.h"
 
-#include <algorithm>
 #include <cmath>
 #include <numbers>
 
-#include "effects/fast_math.h"
-
 namespace {
 
-double BesselI0(double x) {
-  double sum = 1.0, term = 1.0;
-  for (int k = 1; k < 50; ++k) {
-    term *= (x / (2.0 * k)) * (x / (2.0 * k));
-    sum += term;
-    if (term < sum * 1e-17) break;
+using Lanes = LOversampler::Lanes;
+
+// Sections per chain in each stage, lowest rate first, and where each stage's
+// pass band ends, as a part of its high rate.
+constexpr int kSections[3] = {4, 2, 1};
+constexpr double kPassEdge[3] = {20.0 / 88.2, 22.05 / 176.4, 22.05 / 352.8};
+
+// Keeps the chains' state off the denormal range when the input falls silent:
+// an all-pass passes a constant through unchanged, and this one is far below anything heard.
+constexpr float kFloor = 1e-18f;
+
+// The coefficients of an elliptic half-band built from `count` first-order
+// all-passes, rising: the even ones go to the prompt chain, the odd ones to the
+// late one. The transition band runs from `passEdge` to its mirror about a quarter of the rate.
+std::vector<double> HalfBand(int count, double passEdge) {
+  const double pi = std::numbers::pi;
+  const double k = std::pow(std::tan((0.5 + 2.0 * passEdge) * pi / 4.0), 2.0);
+  const double root = std::pow(1.0 - k * k, 0.25);
+  const double e = 0.5 * (1.0 - root) / (1.0 + root);
+  const double e4 = std::pow(e, 4.0);
+  const double q = e * (1.0 + e4 * (2.0 + e4 * (15.0 + 150.0 * e4)));  // the nome
+  const int order = 2 * count + 1;
+  std::vector<double> a;
+  for (int c = 1; c <= count; ++c) {
+    double num = 0.0, den = 0.5;
+    for (int i = 0, sign = 1; i < 20; ++i, sign = -sign)
+      num += sign * std::pow(q, i * (i + 1)) * std::sin((2 * i + 1) * c * pi / order);
+    for (int i = 1, sign = -1; i < 20; ++i, sign = -sign)
+      den += sign * std::pow(q, i * i) * std::cos(2 * i * c * pi / order);
+    const double w = std::pow(q, 0.25) * num / den, w2 = w * w;
+    const double x = std::sqrt((1.0 - w2 * k) * (1.0 - w2 / k)) / (1.0 + w2);
+    a.push_back((1.0 - x) / (1.0 + x));
   }
-  return sum;
+  return a;
 }
 
-// Kaiser window's beta for a stop band `db` down.
-double KaiserBeta(double db) { return db > 50 ? 0.1102 * (db - 8.7) : 0.5842 * std::pow(db - 21, 0.4) + 0.07886 * (db - 21); }
-
-// Taps either side of the middle for a Kaiser design, rounded up to an odd count.
-int HalfLength(double db, double transition) {
-  int half = static_cast<int>(std::ceil((db - 8.0) / (2.285 * 2.0 * std::numbers::pi * transition) / 2.0));
-  return half | 1;
+// One step of a chain of first-order all-passes (a + 1/z) / (1 + a/z): s holds
+// the last input and the output of each section after it. The section's own
+// output is fed back through one multiplication and one subtraction, the
+// shortest loop, which is what bounds the speed.
+template <int M>
+inline Lanes Step(const Lanes* a, Lanes* s, Lanes x) {
+  for (int k = 0; k < M; ++k) {
+    const Lanes y = (a[k] * x + s[k]) - a[k] * s[k + 1];
+    s[k] = x;
+    x = y;
+  }
+  s[M] = x;
+  return x;
 }
 
-constexpr double kStopDb = 90.0;
+// Two steps at once: the second output reaches back past the first straight to
+// the last one, y1 = u1 - a u0 + a² y (u = a x + x before), so both wait on the
+// same feedback and the loop runs twice as far for its length.
+template <int M>
+inline void Steps(const Lanes* a, Lanes* s, Lanes& x0, Lanes& x1) {
+  for (int k = 0; k < M; ++k) {
+    const Lanes u0 = a[k] * x0 + s[k], u1 = a[k] * x1 + x0;
+    const Lanes y0 = u0 - a[k] * s[k + 1];
+    const Lanes y1 = (u1 - a[k] * u0) + (a[k] * a[k]) * s[k + 1];
+    s[k] = x1;
+    x0 = y0;
+    x1 = y1;
+  }
+  s[M] = x1;
+}
 
-// sum[j] = gain * taps[q] * line[from + j - q] summed over the taps, for j < n:
-// the history lies before `from`. Runs of outputs are summed in registers, tap
-// by tap, so each output is loaded and stored once.
-SONVALE_WIDE_VECTORS
-void Convolve(const std::vector<float>& taps, const float* line, int from, int n, float gain, float* sum) {
-  constexpr int kRun = 32;
-  const int count = static_cast<int>(taps.size());
-  const float* tap = taps.data();
-  int j0 = 0;
-  for (; j0 + kRun <= n; j0 += kRun) {
-    float acc[kRun] = {};
-    for (int q = 0; q < count; ++q) {
-      const float c = gain * tap[q];
-      const float* x = line + from + j0 - q;
-      for (int k = 0; k < kRun; ++k) acc[k] += c * x[k];
+// Doubles the rate of n frames: the prompt chain gives the even samples, the late one the odd.
+template <int M, int C>
+void UpStage(const Lanes* coefficients, Lanes* state, bool paired, const float* in, int n, float* out) {
+  Lanes a[M], s[M + 1];
+  for (int k = 0; k < M; ++k) a[k] = coefficients[k];
+  for (int k = 0; k <= M; ++k) s[k] = state[k];
+  auto lanes = [&](int j) {
+    const float l = in[C * j], r = C == 2 ? in[C * j + 1] : 0.0f;
+    return Lanes{l, l, r, r};
+  };
+  auto put = [&](int j, Lanes y) {
+    out[2 * C * j] = y[0];
+    out[2 * C * j + C] = y[1];
+    if constexpr (C == 2) {
+      out[4 * j + 1] = y[2];
+      out[4 * j + 3] = y[3];
     }
-    std::copy(acc, acc + kRun, sum + j0);
+  };
+  int j = 0;
+  for (; paired && j + 1 < n; j += 2) {
+    Lanes y0 = lanes(j), y1 = lanes(j + 1);
+    Steps<M>(a, s, y0, y1);
+    put(j, y0);
+    put(j + 1, y1);
   }
-  for (int j = j0; j < n; ++j) {
-    float acc = 0.0f;
-    for (int q = 0; q < count; ++q) acc += gain * tap[q] * line[from + j - q];
-    sum[j] = acc;
-  }
+  for (; j < n; ++j) put(j, Step<M>(a, s, lanes(j)));
+  for (int k = 0; k <= M; ++k) state[k] = s[k];
 }
 
-// Keeps the last `keep` samples of a run as the history of the next.
-void KeepHistory(std::vector<float>& line, int keep, int n) {
-  std::copy(line.begin() + n, line.begin() + n + keep, line.begin());
+// Halves the rate of 2 n frames: the mean of the prompt chain on the even
+// samples and the late one on the odd sample before.
+template <int M, int C>
+void DownStage(const Lanes* coefficients, Lanes* state, bool paired, Lanes& held, const float* in, int n, float* out) {
+  Lanes a[M], s[M + 1];
+  for (int k = 0; k < M; ++k) a[k] = coefficients[k];
+  for (int k = 0; k <= M; ++k) s[k] = state[k];
+  auto lanes = [&](int j) {
+    const float* even = in + 2 * C * j;
+    const float lateLeft = j > 0 ? even[-C] : held[1], lateRight = j > 0 ? even[-1] : held[3];
+    return Lanes{even[0], lateLeft, C == 2 ? even[1] : 0.0f, C == 2 ? lateRight : 0.0f};
+  };
+  auto put = [&](int j, Lanes y) {
+    out[C * j] = 0.5f * (y[0] + y[1]);
+    if constexpr (C == 2) out[2 * j + 1] = 0.5f * (y[2] + y[3]);
+  };
+  int j = 0;
+  for (; paired && j + 1 < n; j += 2) {
+    Lanes y0 = lanes(j), y1 = lanes(j + 1);
+    Steps<M>(a, s, y0, y1);
+    put(j, y0);
+    put(j + 1, y1);
+  }
+  for (; j < n; ++j) put(j, Step<M>(a, s, lanes(j)));
+  if (n > 0) {
+    const float* odd = in + 2 * C * n - C;
+    held = Lanes{0.0f, odd[0], 0.0f, C == 2 ? odd[1] : 0.0f};
+  }
+  for (int k = 0; k <= M; ++k) state[k] = s[k];
+}
+
+template <int C>
+void Run(bool up, int stage, const Lanes* a, Lanes* state, Lanes& held, const float* in, int n, float* out) {
+  // Steps go in pairs only where every run has an even count of them, so the
+  // samples do not depend on how the sound is cut into runs.
+  const bool paired = stage > 0;
+  if (up) {
+    if (kSections[stage] == 4) UpStage<4, C>(a, state, paired, in, n, out);
+    else if (kSections[stage] == 2) UpStage<2, C>(a, state, paired, in, n, out);
+    else UpStage<1, C>(a, state, paired, in, n, out);
+  } else {
+    if (kSections[stage] == 4) DownStage<4, C>(a, state, paired, held, in, n, out);
+    else if (kSections[stage] == 2) DownStage<2, C>(a, state, paired, held, in, n, out);
+    else DownStage<1, C>(a, state, paired, held, in, n, out);
+  }
 }
 
 }  // namespace
 
-LOversampler::Stage::Stage(int half) : half_(half) {
-  const double beta = KaiserBeta(kStopDb);
-  const int taps = half + 1;
-  taps_.resize(taps);
-  // Causal filter g[i] = h[i - half]; the even i carry the odd, non-zero taps of the half-band.
-  for (int q = 0; q < taps; ++q) {
-    const int k = 2 * q - half;
-    const double r = static_cast<double>(k) / (half + 1);
-    const double window = BesselI0(beta * std::sqrt(std::max(0.0, 1.0 - r * r))) / BesselI0(beta);
-    taps_[q] = static_cast<float>(std::sin(std::numbers::pi * k / 2.0) / (std::numbers::pi * k) * window);
+LOversampler::LOversampler(int channels) : channels_(channels == 2 ? 2 : 1) {
+  for (int stage = 0; stage < kLOversampleStages; ++stage) {
+    const std::vector<double> a = HalfBand(2 * kSections[stage], kPassEdge[stage]);
+    // At low frequencies a section delays by (1 - a) / (1 + a) samples of the
+    // chain's rate; the half-band by the mean of its two chains, the late one a
+    // high-rate sample later. Up and down the stage, in base-rate frames:
+    double chains = 0.0;
+    for (std::size_t k = 0; k < a.size(); ++k) {
+      chains += (1.0 - a[k]) / (1.0 + a[k]);
+      if (k % 2 == 1) {
+        const float prompt = static_cast<float>(a[k - 1]), late = static_cast<float>(a[k]);
+        coefficients_[stage].push_back(Lanes{prompt, late, prompt, late});
+      }
+    }
+    delay_ += 2.0 * (chains + 0.5) / (2 << stage);
   }
+  latency_ = static_cast<int>(std::lround(delay_));
   Reset();
 }
 
-void LOversampler::Stage::Reset() {
-  const int history = static_cast<int>(taps_.size()) - 1;
-  up_.assign(static_cast<std::size_t>(history), 0.0f);
-  even_.assign(static_cast<std::size_t>(history), 0.0f);
-  odd_.assign(static_cast<std::size_t>((half_ + 1) / 2), 0.0f);
-  std::fill(lead_.begin(), lead_.end(), 0.0f);
-}
-
-void LOversampler::Stage::Up(const float* in, int n, float* out) {
-  const int history = static_cast<int>(taps_.size()) - 1;
-  up_.resize(static_cast<std::size_t>(history + n));
-  sum_.resize(static_cast<std::size_t>(n));
-  std::copy(in, in + n, up_.begin() + history);
-  Convolve(taps_, up_.data(), history, n, 2.0f, sum_.data());
-  // The middle tap of the half-band, 0.5 doubled, lands on the odd outputs as the input (half - 1) / 2 back.
-  const float* late = up_.data() + history - (half_ - 1) / 2;
-  for (int j = 0; j < n; ++j) {
-    out[2 * j] = sum_[j];
-    out[2 * j + 1] = late[j];
-  }
-  KeepHistory(up_, history, n);
-}
-
-void LOversampler::Stage::Down(const float* in, int n, float* out) {
-  const int history = static_cast<int>(taps_.size()) - 1;
-  // The middle tap meets the odd sample (half + 1) / 2 before this frame's.
-  const int back = (half_ + 1) / 2;
-  even_.resize(static_cast<std::size_t>(history + n));
-  odd_.resize(static_cast<std::size_t>(back + n));
-  // The input runs `lead` samples late: the held ones first, then the run's.
-  const int lead = static_cast<int>(lead_.size());
-  const int held = std::min(n, (lead + 1) / 2);
-  for (int j = 0; j < held; ++j) {
-    const int i = 2 * j - lead;
-    even_[history + j] = i < 0 ? lead_[lead + i] : in[i];
-    odd_[back + j] = i + 1 < 0 ? lead_[lead + i + 1] : in[i + 1];
-  }
-  for (int j = held; j < n; ++j) {
-    even_[history + j] = in[2 * j - lead];
-    odd_[back + j] = in[2 * j + 1 - lead];
-  }
-  if (lead > 2 * n) {
-    std::copy(lead_.begin() + 2 * n, lead_.end(), lead_.begin());
-    std::copy(in, in + 2 * n, lead_.end() - 2 * n);
-  } else if (lead > 0) {
-    std::copy(in + 2 * n - lead, in + 2 * n, lead_.begin());
-  }
-  Convolve(taps_, even_.data(), history, n, 1.0f, out);
-  for (int j = 0; j < n; ++j) out[j] += 0.5f * odd_[j];
-  KeepHistory(even_, history, n);
-  KeepHistory(odd_, back, n);
-}
-
-LOversampler::LOversampler() {
-  // Pass to 20 kHz, stop from the mirror of 20 kHz at 44.1 kHz; then the mirror of 22 kHz.
-  const double first = (44.1 - 2.0 * 20.0) / 88.2;
-  const double second = (88.2 - 2.0 * 22.05) / 176.4;
-  const double third = (176.4 - 2.0 * 22.05) / 352.8;
-  for (double t : {first, second, third}) stages_.emplace_back(HalfLength(kStopDb, t));
-  int high = 0;  // the round trip's delay in high-rate samples
-  for (std::size_t s = 0; s < stages_.size(); ++s) high += 2 * stages_[s].Half() << (stages_.size() - 1 - s);
-  const int extra = (kLOversampleFactor - high % kLOversampleFactor) % kLOversampleFactor;
-  stages_.back().SetLead(extra);
-  latency_ = (high + extra) / kLOversampleFactor;
-}
-
 void LOversampler::Reset() {
-  for (Stage& stage : stages_) stage.Reset();
+  for (int stage = 0; stage < kLOversampleStages; ++stage) {
+    upState_[stage].assign(static_cast<std::size_t>(kSections[stage] + 1), Lanes{});
+    downState_[stage].assign(static_cast<std::size_t>(kSections[stage] + 1), Lanes{});
+    held_[stage] = Lanes{};
+  }
 }
 
 void LOversampler::Up(const float* in, int n, float* out) {
-  a_.resize(static_cast<std::size_t>(n) * kLOversampleFactor);
-  b_.resize(a_.size());
-  stages_[0].Up(in, n, a_.data());
-  stages_[1].Up(a_.data(), 2 * n, b_.data());
-  stages_[2].Up(b_.data(), 4 * n, out);
+  const std::size_t size = static_cast<std::size_t>(n) * kLOversampleFactor * channels_;
+  a_.resize(size);
+  b_.resize(size);
+  for (int i = 0; i < n * channels_; ++i) a_[i] = in[i] + kFloor;
+  const float* from = a_.data();
+  for (int stage = 0; stage < kLOversampleStages; ++stage) {
+    float* to = stage == kLOversampleStages - 1 ? out : stage % 2 == 0 ? b_.data() : a_.data();
+    const int frames = n << stage;
+    Lanes* state = upState_[stage].data();
+    if (channels_ == 2) Run<2>(true, stage, coefficients_[stage].data(), state, held_[stage], from, frames, to);
+    else Run<1>(true, stage, coefficients_[stage].data(), state, held_[stage], from, frames, to);
+    from = to;
+  }
 }
 
 void LOversampler::Down(const float* in, int n, float* out) {
-  a_.resize(static_cast<std::size_t>(n) * kLOversampleFactor);
-  b_.resize(a_.size());
-  stages_[2].Down(in, 4 * n, a_.data());
-  stages_[1].Down(a_.data(), 2 * n, b_.data());
-  stages_[0].Down(b_.data(), n, out);
+  const std::size_t size = static_cast<std::size_t>(n) * kLOversampleFactor * channels_;
+  a_.resize(size);
+  b_.resize(size);
+  const float* from = in;
+  for (int stage = kLOversampleStages - 1; stage >= 0; --stage) {
+    float* to = stage == 0 ? out : (kLOversampleStages - 1 - stage) % 2 == 0 ? a_.data() : b_.data();
+    const int frames = n << stage;
+    Lanes* state = downState_[stage].data();
+    if (channels_ == 2) Run<2>(false, stage, coefficients_[stage].data(), state, held_[stage], from, frames, to);
+    else Run<1>(false, stage, coefficients_[stage].data(), state, held_[stage], from, frames, to);
+    from = to;
+  }
 }
