@@ -9,8 +9,10 @@
 
 // Marks a function with hot loops: where the machine has wider vectors, a copy
 // is built for them too and the faster one is chosen when the program starts.
-// Without fused multiply-add, so both give the same samples.
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
+// Without fused multiply-add, so both give the same samples. Not under the
+// sanitizers: the chooser runs before their runtime is up and would crash.
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_THREAD__) && \
+    !defined(__SANITIZE_ADDRESS__)
 #define SONVALE_WIDE_VECTORS __attribute__((target_clones("avx2", "default")))
 #else
 #define SONVALE_WIDE_VECTORS
