@@ -626,7 +626,8 @@ SVCommandResult SVCommandDispatcher::Restoration(const SVCommandInfo& info, cons
       LNoiseProfile profile;
       LSoundSource source = noise.OpenSource();
       if (!LNoiseProfileLearn(source, profile))
-        return Failed("Für ein Rauschprofil mindestens 50 ms reines Rauschen auswählen.");
+        return Failed(Format("Für ein Rauschprofil mindestens %.0f ms reines Rauschen auswählen.",
+                             std::ceil(kLNoiseSpectrumFrames * 1000.0 / rate)));
       noiseProfile_ = std::move(profile);
       noiseAudio_ = std::move(noise);
       return Done(Format("Rauschprofil aus %.2f s aufgenommen.", static_cast<double>(end - sel.start) / rate));

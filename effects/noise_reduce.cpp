@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr long long kSize = 2048;
+constexpr long long kSize = kLNoiseSpectrumFrames;
 constexpr long long kHop = kSize / 2;
 constexpr long long kBins = kSize / 2 + 1;
 constexpr long long kSpread = 3;     // bins either side that a level averages

@@ -18,6 +18,8 @@
 
 #include "effects/sound_process_base.h"
 
+// Frames of one spectrum: the least noise a profile can be learned from.
+inline constexpr long long kLNoiseSpectrumFrames = 2048;
 inline constexpr double kLNoiseReduceDb = 12.0;
 inline constexpr double kLNoiseReduceSensitivityDb = 6.0;
 
