@@ -11,6 +11,7 @@
 #include "app/cyclic_clipboard.h"
 #include "app/text_to_speech.h"
 #include "document_fixture.h"
+#include "engine/sample_buffer_source.h"
 #include "engine/source_to_sink.h"
 #include "formats/aiff_file.h"
 
@@ -113,7 +114,7 @@ TEST_F(ClipboardTest, PasteReadsAiffThatAnotherProgramCopied) {
     format.sampleRate = 8000;
     format.channels = 1;
     format.bitsPerSample = 16;
-    LPRSourceToSink job("", LMakeSource<DocVectorSource>(ramp, 1, 8000), LAiffFile::OpenSink(path.c_str(), format),
+    LPRSourceToSink job("", LMakeSource<LSRCSampleBuffer>(ramp, 8000, 1), LAiffFile::OpenSink(path.c_str(), format),
                         true);
     LProcessInterfaceQuiet process;
     ASSERT_EQ(Process(process, job), kLProcessSuccess);

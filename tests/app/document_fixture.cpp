@@ -9,6 +9,7 @@
 #include "base/disk_space.h"
 #include "base/user_settings.h"
 #include "engine/cut_list_segment.h"
+#include "engine/sample_buffer_source.h"
 #include "engine/sound_cache.h"
 #include "engine/sound_cache_item.h"
 #include "engine/source_to_sink.h"
@@ -64,7 +65,7 @@ std::string DocumentTest::WriteStaircaseWave(const std::string& name, long long 
   std::vector<float> samples = DocStaircase(frames, channels);
   for (float& s : samples) s /= 65536.0f;
   const std::string path = temp_.File(name);
-  LPRSourceToSink job("", LMakeSource<DocVectorSource>(std::move(samples), channels),
+  LPRSourceToSink job("", LMakeSource<LSRCSampleBuffer>(std::move(samples), 44100, static_cast<std::uint8_t>(channels)),
                       LWaveFile::OpenSinkFloatExport(path.c_str(), 44100, static_cast<unsigned char>(channels)), true);
   LProcessInterfaceQuiet process;
   EXPECT_EQ(Process(process, job), kLProcessSuccess);
@@ -77,20 +78,6 @@ int DocumentTest::CacheAudioFiles() const {
     if (entry.path().extension() == ".aud") ++count;
   }
   return count;
-}
-
-DocVectorSource::DocVectorSource(std::vector<float> samples, int channels, std::uint32_t rate)
-    : LSoundSourceBase(rate, static_cast<std::uint8_t>(channels)),
-      samples_(std::move(samples)),
-      end_(channels > 0 ? static_cast<long long>(samples_.size()) / channels : 0) {}
-
-void DocVectorSource::Read(float* buffer, long long frames) {
-  const int channels = GetChannels();
-  for (long long i = 0; i < frames; ++i, ++position_) {
-    const bool inside = position_ >= 0 && position_ < end_;
-    for (int c = 0; c < channels; ++c)
-      buffer[i * channels + c] = inside ? samples_[static_cast<std::size_t>(position_ * channels + c)] : 0.0f;
-  }
 }
 
 float DocStaircaseValue(long long frame, int channel) { return static_cast<float>(frame) + 0.25f * channel; }
@@ -107,7 +94,7 @@ LCutListAudio DocListOf(std::vector<float> samples, int channels, std::uint32_t 
   LSoundCacheItemHandle item;
   long long length = 0;
   LCutListAudio list;
-  EXPECT_EQ(LSoundCacheItemAdd(process, LMakeSource<DocVectorSource>(std::move(samples), channels, rate), item, length),
+  EXPECT_EQ(LSoundCacheItemAdd(process, LMakeSource<LSRCSampleBuffer>(std::move(samples), rate, static_cast<std::uint8_t>(channels)), item, length),
             kLProcessSuccess)
       << process.Error();
   list.SetSingleCutListSegment(LCutListSegment(std::move(item), length, 1.0f, 0), static_cast<int>(rate),

@@ -81,21 +81,6 @@ private:
   int descriptors_ = 0;
 };
 
-// Serves the interleaved samples it holds, silence outside them.
-class DocVectorSource final : public LSoundSourceBase {
-public:
-  DocVectorSource(std::vector<float> samples, int channels, std::uint32_t rate = 44100);
-  void Read(float* buffer, long long frames) override;
-  long long GetPositionSample() const override { return position_; }
-  long long GetEndSample() const override { return end_; }
-  void Seek(long long frame) override { position_ = frame; }
-
-private:
-  std::vector<float> samples_;
-  long long end_;
-  long long position_ = 0;
-};
-
 [[nodiscard]] float DocStaircaseValue(long long frame, int channel);
 [[nodiscard]] std::vector<float> DocStaircase(long long frames, int channels);
 // A cut list of the samples, through a new cache item.
