@@ -72,6 +72,20 @@ inline void Steps(const Lanes* a, Lanes* s, Lanes& x0, Lanes& x1) {
   s[M] = x1;
 }
 
+// Runs n frames through the chains, two at a time where paired: lanes(j)
+// gives frame j's input, put(j, y) takes its output.
+template <int M, class In, class Out>
+inline void Chains(const Lanes* a, Lanes* s, bool paired, int n, In lanes, Out put) {
+  int j = 0;
+  for (; paired && j + 1 < n; j += 2) {
+    Lanes y0 = lanes(j), y1 = lanes(j + 1);
+    Steps<M>(a, s, y0, y1);
+    put(j, y0);
+    put(j + 1, y1);
+  }
+  for (; j < n; ++j) put(j, Step<M>(a, s, lanes(j)));
+}
+
 // Doubles the rate of n frames: the prompt chain gives the even samples, the late one the odd.
 template <int M, int C>
 void UpStage(const Lanes* coefficients, Lanes* state, bool paired, const float* in, int n, float* out) {
@@ -90,14 +104,7 @@ void UpStage(const Lanes* coefficients, Lanes* state, bool paired, const float* 
       out[4 * j + 3] = y[3];
     }
   };
-  int j = 0;
-  for (; paired && j + 1 < n; j += 2) {
-    Lanes y0 = lanes(j), y1 = lanes(j + 1);
-    Steps<M>(a, s, y0, y1);
-    put(j, y0);
-    put(j + 1, y1);
-  }
-  for (; j < n; ++j) put(j, Step<M>(a, s, lanes(j)));
+  Chains<M>(a, s, paired, n, lanes, put);
   for (int k = 0; k <= M; ++k) state[k] = s[k];
 }
 
@@ -117,14 +124,7 @@ void DownStage(const Lanes* coefficients, Lanes* state, bool paired, Lanes& held
     out[C * j] = 0.5f * (y[0] + y[1]);
     if constexpr (C == 2) out[2 * j + 1] = 0.5f * (y[2] + y[3]);
   };
-  int j = 0;
-  for (; paired && j + 1 < n; j += 2) {
-    Lanes y0 = lanes(j), y1 = lanes(j + 1);
-    Steps<M>(a, s, y0, y1);
-    put(j, y0);
-    put(j + 1, y1);
-  }
-  for (; j < n; ++j) put(j, Step<M>(a, s, lanes(j)));
+  Chains<M>(a, s, paired, n, lanes, put);
   if (n > 0) {
     const float* odd = in + 2 * C * n - C;
     held = Lanes{0.0f, odd[0], 0.0f, C == 2 ? odd[1] : 0.0f};
